@@ -1,0 +1,15 @@
+# Warnings and sanitizers of this project's own targets; never exported to those who link it.
+add_library(zelv_options INTERFACE)
+target_compile_options(zelv_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor)
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  target_compile_options(zelv_options INTERFACE -Wthread-safety)
+endif()
+if(ZELV_WERROR)
+  target_compile_options(zelv_options INTERFACE -Werror)
+endif()
+if(ZELV_SANITIZE)
+  target_compile_options(zelv_options INTERFACE -fsanitize=${ZELV_SANITIZE} -fno-omit-frame-pointer
+                                                -fno-sanitize-recover=all)
+  target_link_options(zelv_options INTERFACE -fsanitize=${ZELV_SANITIZE})
+endif()
+target_include_directories(zelv_options INTERFACE ${PROJECT_SOURCE_DIR})

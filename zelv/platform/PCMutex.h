@@ -1,0 +1,34 @@
+#pragma once
+
+#include <atomic>
+
+#include "zelv/platform/Export.h"
+#include "zelv/platform/PCSemaphore.h"
+#include "zelv/platform/ThreadAnnotations.h"
+
+/// A recursive lock: a semaphore of count 1, the owning thread, and a depth.
+///
+/// A thread that owns it only raises the depth; the last Unlock() gives the semaphore back. Taking
+/// and releasing it without contention costs no system call.
+class ZELV_EXPORT ZELV_THREAD_ANNOTATION(capability("mutex")) PCMutex {
+ public:
+  PCMutex();
+  PCMutex(PCMutex const&) = delete;
+  PCMutex& operator=(PCMutex const&) = delete;
+  ~PCMutex();
+
+  /// Takes the lock, waiting as long as another thread holds it.
+  void Lock();
+
+  /// Releases one level. MUST be called by the owner only.
+  void Unlock();
+
+  /// True while the calling thread holds the lock.
+  bool IsOwned() const;
+
+ private:
+  PCSemaphore mSemaphore;
+  std::atomic<unsigned long> mOwner{0};
+  /// Touched by the owner alone.
+  int mDepth = 0;
+};
