@@ -1,3 +1,10 @@
+# A second build of the same sources is quick wherever ccache is present.
+find_program(ZELV_CCACHE ccache)
+if(ZELV_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_C_COMPILER_LAUNCHER ${ZELV_CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${ZELV_CCACHE})
+endif()
+
 # Warnings and sanitizers of this project's own targets; never exported to those who link it.
 add_library(zelv_options INTERFACE)
 target_compile_options(zelv_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor)
