@@ -1,0 +1,7 @@
+#include "zelv/interfaces/ContextInformation.h"
+
+namespace Zelv {
+
+ContextInformation::~ContextInformation() = default;
+
+}  // namespace Zelv

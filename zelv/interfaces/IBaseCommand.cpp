@@ -1,0 +1,7 @@
+#include "zelv/interfaces/IBaseCommand.h"
+
+namespace Zelv {
+
+IBaseCommand::~IBaseCommand() = default;
+
+}  // namespace Zelv

@@ -1,0 +1,7 @@
+#include "zelv/interfaces/IBaseCommandCallback.h"
+
+namespace Zelv {
+
+IBaseCommandCallback::~IBaseCommandCallback() = default;
+
+}  // namespace Zelv

@@ -1,0 +1,7 @@
+#include "zelv/interfaces/IBaseData.h"
+
+namespace Zelv {
+
+IBaseData::~IBaseData() = default;
+
+}  // namespace Zelv

@@ -1,0 +1,7 @@
+#include "zelv/interfaces/IBaseDataCallback.h"
+
+namespace Zelv {
+
+IBaseDataCallback::~IBaseDataCallback() = default;
+
+}  // namespace Zelv

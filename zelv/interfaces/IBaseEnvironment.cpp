@@ -1,0 +1,7 @@
+#include "zelv/interfaces/IBaseEnvironment.h"
+
+namespace Zelv {
+
+IBaseEnvironment::~IBaseEnvironment() = default;
+
+}  // namespace Zelv

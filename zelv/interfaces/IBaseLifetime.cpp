@@ -1,0 +1,7 @@
+#include "zelv/interfaces/IBaseLifetime.h"
+
+namespace Zelv {
+
+IBaseLifetime::~IBaseLifetime() = default;
+
+}  // namespace Zelv

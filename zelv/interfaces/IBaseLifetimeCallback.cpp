@@ -1,0 +1,7 @@
+#include "zelv/interfaces/IBaseLifetimeCallback.h"
+
+namespace Zelv {
+
+IBaseLifetimeCallback::~IBaseLifetimeCallback() = default;
+
+}  // namespace Zelv

@@ -1,0 +1,7 @@
+#include "zelv/interfaces/IBaseStatusCallback.h"
+
+namespace Zelv {
+
+IBaseStatusCallback::~IBaseStatusCallback() = default;
+
+}  // namespace Zelv

@@ -1,0 +1,7 @@
+#include "zelv/interfaces/IBaseTimer.h"
+
+namespace Zelv {
+
+IBaseTimer::~IBaseTimer() = default;
+
+}  // namespace Zelv

@@ -1,0 +1,7 @@
+#include "zelv/interfaces/IBaseTimerCallback.h"
+
+namespace Zelv {
+
+IBaseTimerCallback::~IBaseTimerCallback() = default;
+
+}  // namespace Zelv

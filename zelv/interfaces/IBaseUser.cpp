@@ -1,0 +1,7 @@
+#include "zelv/interfaces/IBaseUser.h"
+
+namespace Zelv {
+
+IBaseUser::~IBaseUser() = default;
+
+}  // namespace Zelv

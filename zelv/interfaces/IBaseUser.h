@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "zelv/interfaces/IBase.h"
+#include "zelv/interfaces/IBaseUserCallback.h"
+
+namespace Zelv {
+
+/// Input events that mobile devices send. All operations may be called from any thread.
+class ZELV_EXPORT IBaseUser : public virtual IBase {
+ public:
+  /// Subscribes to the input events of one type.
+  ///
+  /// @param aCallback  not owned; MUST live until it is unsubscribed.
+  /// @return the subscription's id, which every event carries.
+  virtual GUID subscribeUser(std::string const& aType, IBaseUserCallback* aCallback) = 0;
+
+  /// Ends a subscription.
+  virtual void unsubscribeUser(GUID aSubscriptionID) = 0;
+
+  ~IBaseUser() override;
+};
+
+GUID const IID_IBaseUser("59f614ab-8a1e-4bef-a2dd-dfdc191dc6bc");
+
+}  // namespace Zelv

@@ -1,0 +1,7 @@
+#include "zelv/interfaces/IBaseUserCallback.h"
+
+namespace Zelv {
+
+IBaseUserCallback::~IBaseUserCallback() = default;
+
+}  // namespace Zelv

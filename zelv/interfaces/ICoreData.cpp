@@ -1,0 +1,7 @@
+#include "zelv/interfaces/ICoreData.h"
+
+namespace Zelv {
+
+ICoreData::~ICoreData() = default;
+
+}  // namespace Zelv

@@ -1,0 +1,7 @@
+#include "zelv/interfaces/IDataProvider.h"
+
+namespace Zelv {
+
+IDataProvider::~IDataProvider() = default;
+
+}  // namespace Zelv
