@@ -9,7 +9,8 @@ namespace Zelv::Platform {
 /// The set's two directories; nothing else in the library knows one.
 class ZELV_EXPORT Directories {
  public:
-  /// Where the factory files lie. With a final "/". "/mtd_appdata/Images_960x540/Quorl/" unless set.
+  /// Where the factory files lie. With a final "/". "/mtd_appdata/Images_960x540/Quorl/" unless
+  /// set.
   static std::string const& ReadOnly();
 
   /// Where the files lie that the library writes. With a final "/". "/mtd_rwarea/kor_config_data/"
@@ -17,7 +18,8 @@ class ZELV_EXPORT Directories {
   static std::string const& Writable();
 
   /// Sets both; a missing final "/" is added. A host program calls it before
-  /// InterfaceFactory::initialize(), on the same thread; later calls are not seen by what is running.
+  /// InterfaceFactory::initialize(), on the same thread; later calls are not seen by what is
+  /// running.
   static void Set(std::string const& aReadOnly, std::string const& aWritable);
 };
 

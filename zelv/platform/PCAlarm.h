@@ -23,7 +23,8 @@ class PCAlarm {
   /// Arms the alarm; it stays silent until a callback is set.
   ///
   /// @param aTask    the application that the alarm belongs to; not owned.
-  /// @param aTimeMs  period in milliseconds. A period of 0 counts as 1, so that no alarm can keep the
+  /// @param aTimeMs  period in milliseconds. A period of 0 counts as 1, so that no alarm can keep
+  /// the
   ///                 alarm thread busy for ever.
   /// @param aRepeat  how often it goes off; -1 means for ever, 0 counts as once.
   /// @return false when the platform has no thread or memory for it.
@@ -31,18 +32,20 @@ class PCAlarm {
 
   /// Disarms the alarm. Afterwards its callback neither runs nor will run: called on another thread
   /// while the callback runs it waits for its end, so the caller MUST NOT hold a lock that the
-  /// callback takes. Called from within the callback it returns at once, and the alarm object may then
-  /// be deleted before the callback returns. Does nothing the second time.
+  /// callback takes. Called from within the callback it returns at once, and the alarm object may
+  /// then be deleted before the callback returns. Does nothing the second time.
   void Destroy();
 
   /// Starts the period anew, with new values as for Create(). Safe from within the callback.
   void Reset(unsigned int aTimeMs, int aRepeat);
 
-  /// Sets or, with a null aCallback, takes away the callback. Taking it away waits as Destroy() does.
+  /// Sets or, with a null aCallback, takes away the callback. Taking it away waits as Destroy()
+  /// does.
   ///
   /// @param aEvent     which event of the alarm; 0, going off, is the only one.
   /// @param aReserved  null.
-  /// @param aUserData  handed to the callback; not owned, MUST live until the callback is taken away.
+  /// @param aUserData  handed to the callback; not owned, MUST live until the callback is taken
+  /// away.
   void SetEventCallback(int aEvent, EventCallback aCallback, void* aReserved, void* aUserData);
 
  private:

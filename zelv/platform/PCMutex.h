@@ -18,10 +18,10 @@ class ZELV_EXPORT ZELV_THREAD_ANNOTATION(capability("mutex")) PCMutex {
   ~PCMutex();
 
   /// Takes the lock, waiting as long as another thread holds it.
-  void Lock();
+  void Lock() ZELV_ACQUIRE();
 
   /// Releases one level. MUST be called by the owner only.
-  void Unlock();
+  void Unlock() ZELV_RELEASE();
 
   /// True while the calling thread holds the lock.
   bool IsOwned() const;

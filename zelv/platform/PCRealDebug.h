@@ -28,7 +28,8 @@ class ZELV_EXPORT PCRealDebug {
   /// True when lines of this level go anywhere. Costs one load. Callers whose arguments are dear
   /// to compute ask it first.
   static bool Enabled(unsigned long aLevel) {
-    return aLevel - Error < 5U && (sLevels.load(std::memory_order_relaxed) >> (aLevel - Error) & 1U);
+    return aLevel - Error < 5U &&
+           (sLevels.load(std::memory_order_relaxed) >> (aLevel - Error) & 1U);
   }
 
   /// Lets lines up to and including this level through, in the order of the numbers above, except

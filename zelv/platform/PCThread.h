@@ -7,8 +7,8 @@
 /// A thread object. A class derives from it virtually and overrides t_Main().
 ///
 /// Ownership: the object that starts a thread ends it. Whoever derives MUST call Destroy() before
-/// its own members go, at the latest first thing in its destructor; ~PCThread() is too late for that
-/// and only checks.
+/// its own members go, at the latest first thing in its destructor; ~PCThread() is too late for
+/// that and only checks.
 class ZELV_EXPORT PCThread {
  public:
   PCThread();
@@ -22,15 +22,16 @@ class ZELV_EXPORT PCThread {
   ///                characters.
   /// @param aStack  the stack asked for, in bytes. The platform MUST give at least 512 KiB,
   ///                whatever is asked.
-  /// @return 0 when no thread could be had, or when this object already has one; non-zero otherwise.
+  /// @return 0 when no thread could be had, or when this object already has one; non-zero
+  /// otherwise.
   ///
-  /// A finished system thread may be taken again. An exception that leaves t_Main() MUST NOT end the
-  /// process: it is logged at error level and the thread ends in order.
+  /// A finished system thread may be taken again. An exception that leaves t_Main() MUST NOT end
+  /// the process: it is logged at error level and the thread ends in order.
   int Create(char const* aName, unsigned long aStack);
 
   /// Waits until t_Main() has returned; then Create() may be called again. Does nothing when no
-  /// thread was started, and when it was waited for already. A thread that calls it on its own object
-  /// returns at once, since it cannot wait for itself.
+  /// thread was started, and when it was waited for already. A thread that calls it on its own
+  /// object returns at once, since it cannot wait for itself.
   ///
   /// MUST NOT be called while a lock is held that t_Main() takes.
   void Destroy();

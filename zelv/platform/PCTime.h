@@ -5,8 +5,8 @@
 /// The clocks of the set.
 class PCTime {
  public:
-  /// Seconds since 1970 by the wall clock, which may jump. 64 bits wide, so that it does not wrap in
-  /// 2038.
+  /// Seconds since 1970 by the wall clock, which may jump. 64 bits wide, so that it does not wrap
+  /// in 2038.
   static std::int64_t EpochTime();
 
   /// Milliseconds by a clock that never jumps and never goes back; its zero means nothing.

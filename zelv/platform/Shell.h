@@ -14,8 +14,8 @@ class Shell {
   /// Runs one line and waits for its end. The line "sync" forces the file system of the writable
   /// directory to the storage, without a process for it.
   ///
-  /// A line that holds anything but the characters of IsPlain(), blanks, "*" and ";" is refused: it is
-  /// logged at error level and not run. Children inherit no descriptor but the standard three.
+  /// A line that holds anything but the characters of IsPlain(), blanks, "*" and ";" is refused: it
+  /// is logged at error level and not run. Children inherit no descriptor but the standard three.
   ///
   /// @return the exit status of the line, 0 being success; -1 when it could not be run.
   static int Run(std::string const& aLine);
