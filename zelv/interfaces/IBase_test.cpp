@@ -5,7 +5,12 @@
 #include <memory>
 #include <string>
 
-#include "zelv/Zelv.h"
+#include "zelv/interfaces/IAppData.h"
+#include "zelv/interfaces/IAppTimer.h"
+#include "zelv/interfaces/IAppUser.h"
+#include "zelv/interfaces/ICoreCommand.h"
+#include "zelv/interfaces/ICoreTimer.h"
+#include "zelv/interfaces/ICoreUser.h"
 
 namespace Zelv {
 namespace {

@@ -2,7 +2,26 @@
 
 #include <type_traits>
 
-#include "zelv/Zelv.h"
+#include "zelv/interfaces/IAppCommand.h"
+#include "zelv/interfaces/IAppData.h"
+#include "zelv/interfaces/IAppEnvironment.h"
+#include "zelv/interfaces/IAppLifetime.h"
+#include "zelv/interfaces/IAppTimer.h"
+#include "zelv/interfaces/IAppUser.h"
+#include "zelv/interfaces/IAssetProvider.h"
+#include "zelv/interfaces/ICoreCommand.h"
+#include "zelv/interfaces/ICoreCommandCallback.h"
+#include "zelv/interfaces/ICoreData.h"
+#include "zelv/interfaces/ICoreDataCallback.h"
+#include "zelv/interfaces/ICoreEnvironment.h"
+#include "zelv/interfaces/ICoreLifetime.h"
+#include "zelv/interfaces/ICoreLifetimeCallback.h"
+#include "zelv/interfaces/ICoreTimer.h"
+#include "zelv/interfaces/ICoreTimerCallback.h"
+#include "zelv/interfaces/ICoreUser.h"
+#include "zelv/interfaces/ICoreUserCallback.h"
+#include "zelv/interfaces/IDataProvider.h"
+#include "zelv/interfaces/NetworkMessageCallback.h"
 
 namespace Zelv {
 namespace {

@@ -1,5 +1,3 @@
-#include "zelv/Zelv.h"
-
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -7,19 +5,18 @@
 #include <sstream>
 #include <string>
 
-namespace Zelv {
+#include "zelv/Zelv.h"
+
 namespace {
 
-std::filesystem::path folder() {
-  return std::filesystem::path(__FILE__).parent_path();
-}
-
 TEST(ZelvHeader, IncludesEveryHeaderOfTheInterfaces) {
-  std::ifstream file(folder().parent_path() / "Zelv.h");
+  std::filesystem::path const library =
+      std::filesystem::path(__FILE__).parent_path().parent_path() / "zelv";
+  std::ifstream file(library / "Zelv.h");
   std::ostringstream content;
   content << file.rdbuf();
   int headers = 0;
-  for (auto const& entry : std::filesystem::directory_iterator(folder())) {
+  for (auto const& entry : std::filesystem::directory_iterator(library / "interfaces")) {
     if (entry.path().extension() == ".h") {
       ++headers;
       std::string const line =
@@ -31,4 +28,3 @@ TEST(ZelvHeader, IncludesEveryHeaderOfTheInterfaces) {
 }
 
 }  // namespace
-}  // namespace Zelv
