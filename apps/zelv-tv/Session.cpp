@@ -1,0 +1,125 @@
+#include "apps/zelv-tv/Session.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "apps/zelv-tv/ValueText.h"
+
+namespace ZelvTv {
+
+namespace {
+
+std::string error(std::string const& aText) {
+  return "error " + ValueText::ToLine(aText);
+}
+
+std::string queued(Zelv::GUID const& aId, std::string const& aPath) {
+  return "queued " + aId.toString() + " " + ValueText::ToLine(aPath);
+}
+
+}  // namespace
+
+std::vector<Session::Command> const& Session::commands() {
+  static std::vector<Command> const kCommands = {
+      {"get", "PATH", "read once; the answer is \"data ID PATH VALUE\" or \"failed ID\"",
+       &Session::get},
+      {"set", "PATH VALUE", "write; an empty value behind the blank removes an element",
+       &Session::set},
+      {"add", "PATH VALUE", "add a value below a path", &Session::add},
+      {"sub", "PATH", "subscribe; the present value and each change come as \"data\"",
+       &Session::subscribe},
+      {"unsub", "ID", "end a subscription", &Session::unsubscribe},
+      {"timer", "MS NAME", "go off once, in so many milliseconds: \"fired ID NAME\"",
+       &Session::timer},
+      {"help", "", "this list; in values \\n is a line feed, \\\\ a backslash, \\xHH any byte",
+       &Session::help},
+      {"quit", "", "end, as does the end of the input", &Session::quit},
+  };
+  return kCommands;
+}
+
+std::vector<std::string> Session::Execute(std::string_view aLine) {
+  if (aLine.find_first_not_of(' ') == std::string_view::npos) {
+    return {};
+  }
+  Arguments arguments(aLine);
+  std::string const name = arguments.Word();
+  auto const command =
+      std::find_if(commands().begin(), commands().end(),
+                   [&name](Command const& aCommand) { return aCommand.name == name; });
+  if (command == commands().end()) {
+    return {error("no command '" + name + "'; help lists them")};
+  }
+  try {
+    return (this->*command->run)(arguments);
+  } catch (Arguments::Misuse const& misuse) {
+    std::string const blank = *command->arguments == '\0' ? "" : " ";
+    return {error(std::string(misuse.what()) + "; usage: " + command->name + blank +
+                  command->arguments)};
+  } catch (std::exception const& refusal) {
+    // What the tree refuses while the call runs.
+    return {error(refusal.what())};
+  }
+}
+
+Session::Lines Session::get(Arguments& aArguments) {
+  std::string const path = aArguments.Path();
+  aArguments.End();
+  return {queued(mTree.requestData(path, nullptr, &mListener), path)};
+}
+
+Session::Lines Session::set(Arguments& aArguments) {
+  std::string const path = aArguments.Path();
+  return {queued(mTree.setData(path, aArguments.Value(), &mListener, true), path)};
+}
+
+Session::Lines Session::add(Arguments& aArguments) {
+  std::string const path = aArguments.Path();
+  return {queued(mTree.addData(path, aArguments.Value(), &mListener, true), path)};
+}
+
+Session::Lines Session::subscribe(Arguments& aArguments) {
+  std::string const path = aArguments.Path();
+  aArguments.End();
+  Zelv::GUID const id = mTree.subscribeData(path, nullptr, &mListener);
+  mSubscriptions.emplace(id.toString(), id);
+  return {"subscribed " + id.toString() + " " + ValueText::ToLine(path)};
+}
+
+Session::Lines Session::unsubscribe(Arguments& aArguments) {
+  std::string const id = aArguments.Word();
+  aArguments.End();
+  auto const entry = mSubscriptions.find(id);
+  if (entry == mSubscriptions.end()) {
+    return {error("no subscription " + id)};
+  }
+  mTree.unsubscribeData(entry->second);
+  mSubscriptions.erase(entry);
+  return {"unsubscribed " + id};
+}
+
+Session::Lines Session::timer(Arguments& aArguments) {
+  unsigned const milliseconds = aArguments.Milliseconds();
+  std::string const name = aArguments.Value();
+  Zelv::GUID const id = mTimers.createTimer(milliseconds, 1, name, &mListener);
+  return {"timer " + id.toString() + " " + ValueText::ToLine(name)};
+}
+
+Session::Lines Session::help(Arguments& aArguments) {
+  aArguments.End();
+  Lines lines;
+  for (Command const& command : commands()) {
+    std::string usage = std::string("help ") + command.name + " " + command.arguments;
+    usage.resize(std::max<std::size_t>(usage.size(), 22), ' ');
+    lines.push_back(usage + command.purpose);
+  }
+  return lines;
+}
+
+Session::Lines Session::quit(Arguments& aArguments) {
+  aArguments.End();
+  mEnded = true;
+  return {};
+}
+
+}  // namespace ZelvTv

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ZelvTv {
+
+/// Values as they stand on one line: a line feed is "\n", a backslash "\\", any other control byte
+/// "\x" with two hexadecimal digits. All other bytes stand as they are.
+class ValueText {
+ public:
+  static std::string ToLine(std::string_view aValue);
+
+  /// The way back; nothing when a backslash begins none of the three forms.
+  static std::optional<std::string> FromLine(std::string_view aText);
+};
+
+}  // namespace ZelvTv

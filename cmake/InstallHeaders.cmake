@@ -1,0 +1,32 @@
+cmake_policy(VERSION 3.25)
+
+# Installs the public headers of ZELV_SOURCE_DIR below ZELV_INCLUDE_DIR. A header is public when it
+# is one of the interfaces, when it declares something exported, or when a public one includes it.
+file(GLOB left ${ZELV_SOURCE_DIR}/zelv/Zelv.h ${ZELV_SOURCE_DIR}/zelv/interfaces/*.h)
+file(GLOB tools ${ZELV_SOURCE_DIR}/zelv/infrastructure/*.h ${ZELV_SOURCE_DIR}/zelv/platform/*.h)
+foreach(header ${tools})
+  file(STRINGS ${header} exports REGEX "ZELV_EXPORT" LIMIT_COUNT 1)
+  if(exports)
+    list(APPEND left ${header})
+  endif()
+endforeach()
+
+set(public)
+while(left)
+  list(POP_FRONT left header)
+  if(header IN_LIST public)
+    continue()
+  endif()
+  list(APPEND public ${header})
+  file(STRINGS ${header} includes REGEX "^#include \"zelv/")
+  foreach(include ${includes})
+    string(REGEX REPLACE "^#include \"([^\"]*)\".*" "\\1" include "${include}")
+    list(APPEND left ${ZELV_SOURCE_DIR}/${include})
+  endforeach()
+endwhile()
+
+foreach(header ${public})
+  file(RELATIVE_PATH relative ${ZELV_SOURCE_DIR} ${header})
+  get_filename_component(folder ${relative} DIRECTORY)
+  file(INSTALL ${header} DESTINATION ${ZELV_INCLUDE_DIR}/${folder})
+endforeach()
