@@ -13,9 +13,9 @@ class FakeClock {
 
   /// Lets time pass on both clocks, stepping from deadline to deadline: every alarm that comes due,
   /// those due at the very end included, runs its callback on the calling thread, which counts as
-  /// the alarm thread meanwhile. Called from within a callback it only moves the time, as a
-  /// callback that sleeps on the real alarm thread would; what came due runs afterwards. One thread
-  /// at a time advances, others wait.
+  /// the alarm thread meanwhile. Called from within a callback, or while another thread advances,
+  /// it only moves the time, as a thread that sleeps beside the real alarm thread would; what came
+  /// due runs in the Advance() under way.
   static void Advance(std::int64_t aMilliseconds);
 
   /// Advances to the next deadline of any alarm. @return false, with nothing done, when there is

@@ -42,6 +42,9 @@ class TemporaryDirectories {
   /// Copies every file of aDirectory into the read-only directory.
   void fillReadOnlyFrom(std::string const& aDirectory) const;
 
+  /// root() of the one that lives, empty when there is none.
+  static std::string currentRoot();
+
  private:
   std::string mRoot;
   std::string mReadOnly;

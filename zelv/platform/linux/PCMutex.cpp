@@ -1,0 +1,45 @@
+#include "zelv/platform/PCMutex.h"
+
+#include <pthread.h>
+
+#include "zelv/platform/PCRealDebug.h"
+
+namespace {
+// The system's own handle: no call into the kernel, never 0, and not reused while its thread lives.
+unsigned long self() {
+  return ::pthread_self();
+}
+}  // namespace
+
+PCMutex::PCMutex() {
+  mSemaphore.Create(1);
+}
+
+PCMutex::~PCMutex() {
+  mSemaphore.Destroy();
+}
+
+// Only the thread itself writes its own number into mOwner, so a thread that reads its number there
+// holds the lock, whatever the order of memory; what the lock guards is ordered by the semaphore.
+void PCMutex::Lock() {
+  if (!IsOwned()) {
+    mSemaphore.Take();
+    mOwner.store(self(), std::memory_order_relaxed);
+  }
+  ++mDepth;
+}
+
+void PCMutex::Unlock() {
+  if (!IsOwned()) {
+    PCRealDebug::Print(PCRealDebug::Error, "PCMutex::Unlock: the calling thread is not the owner.");
+    return;
+  }
+  if (--mDepth == 0) {
+    mOwner.store(0, std::memory_order_relaxed);
+    mSemaphore.Give();
+  }
+}
+
+bool PCMutex::IsOwned() const {
+  return mOwner.load(std::memory_order_relaxed) == self();
+}
