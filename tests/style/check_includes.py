@@ -55,8 +55,9 @@ ALLOWED = {
     "fuzz": ["fuzz/**", "zelv/**"],
 }
 
-# What a unit test beside its class may include on top: the fakes that it steers.
-ALLOWED_IN_UNIT_TESTS = ["zelv/platform/fake/*.h"]
+# What a unit test beside its class may include on top: the fakes that it steers, and what tests and
+# fuzz targets share.
+ALLOWED_IN_UNIT_TESTS = ["zelv/platform/fake/*.h", "zelv/infrastructure/testing/*.h"]
 
 # Exceptions by name, each with its reason. One that is no longer needed fails the check.
 EXCEPTIONS = {}
