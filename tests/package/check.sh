@@ -6,7 +6,7 @@ set -euo pipefail
 build=$1
 cxx=$2
 shift 2
-flags="$*"
+flags=("$@")
 here=$(cd "$(dirname "$0")" && pwd)
 
 work=$(mktemp -d)
@@ -21,9 +21,10 @@ expect_made() {
 }
 
 echo "find_package"
-cmake -S "$work" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$cxx" \
-  -DCMAKE_CXX_FLAGS="$flags" >"$work/log" && cmake --build "$work/build" >>"$work/log" ||
-  { cat "$work/log"; exit 1; }
+{
+  cmake -S "$work" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$cxx" \
+    -DCMAKE_CXX_FLAGS="${flags[*]}" && cmake --build "$work/build"
+} >"$work/log" || { cat "$work/log"; exit 1; }
 expect_made "$("$work/build/outsider")"
 
 echo "pkg-config"
@@ -31,7 +32,7 @@ PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name zelv.pc)")
 export PKG_CONFIG_PATH
 libdir=$(pkg-config --variable=libdir zelv)
 # shellcheck disable=SC2046
-$cxx $flags "$work/main.cpp" -o "$work/outsider" $(pkg-config --cflags --libs zelv)
+"$cxx" "${flags[@]}" "$work/main.cpp" -o "$work/outsider" $(pkg-config --cflags --libs zelv)
 expect_made "$(LD_LIBRARY_PATH=$libdir "$work/outsider")"
 
 echo "each header alone"
@@ -43,7 +44,7 @@ done
 while read -r header; do
   echo "#include <$header>" >"$work/alone.cpp"
   # shellcheck disable=SC2046
-  $cxx -Wall -Wextra -Wpedantic -Werror -fsyntax-only $(pkg-config --cflags zelv) "$work/alone.cpp" ||
+  "$cxx" -Wall -Wextra -Wpedantic -Werror -fsyntax-only $(pkg-config --cflags zelv) "$work/alone.cpp" ||
     { echo "$header does not stand alone"; exit 1; }
 done <"$work/headers"
 

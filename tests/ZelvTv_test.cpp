@@ -1,0 +1,308 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/TvProcess.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+char const* const kInterval = "/Zelv/Configuration/UPnP/Ping/Interval/text()";
+char const* const kPing = "/Zelv/Configuration/UPnP/Ping";
+
+std::string contentOf(std::string const& aPath) {
+  std::ifstream file(aPath);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// Word number aNumber of a line, from 0; words are divided by single blanks.
+std::string wordOf(std::string const& aLine, int aNumber) {
+  std::size_t begin = 0;
+  for (; aNumber > 0 && begin != std::string::npos; --aNumber) {
+    begin = aLine.find(' ', begin);
+    begin += begin == std::string::npos ? 0 : 1;
+  }
+  return begin == std::string::npos ? "" : aLine.substr(begin, aLine.find(' ', begin) - begin);
+}
+
+class ZelvTv : public testing::Test {
+ protected:
+  ZelvTv() {
+    std::string name = (std::filesystem::temp_directory_path() / "zelv-tv.XXXXXX").string();
+    mFolder = ::mkdtemp(name.data());
+    std::filesystem::copy(ZELV_TEST_FACTORY_FILES, mFolder + "/factory");
+  }
+  ~ZelvTv() override { std::filesystem::remove_all(mFolder); }
+
+  std::string Data() const { return mFolder + "/data"; }
+  std::string Factory() const { return mFolder + "/factory"; }
+  std::string Log() const { return mFolder + "/log"; }
+
+  std::vector<std::string> Arguments() const {
+    return {"--data", Data(), "--factory", Factory(), "--log", "notable"};
+  }
+
+  /// A set that has said that it is ready.
+  std::unique_ptr<TvProcess> Start() {
+    auto tv = std::make_unique<TvProcess>(Arguments(), Log());
+    EXPECT_EQ(tv->Line(), "ready - -");
+    return tv;
+  }
+
+  /// Says a line and gives the identifier of the reply, which must begin so.
+  static std::string Ask(TvProcess& aTv, std::string const& aLine, std::string const& aWord) {
+    aTv.Say(aLine);
+    std::string const reply = aTv.Line();
+    EXPECT_EQ(wordOf(reply, 0), aWord) << reply;
+    EXPECT_THAT(wordOf(reply, 1), MatchesRegex("[0-9a-f-]{36}")) << reply;
+    return wordOf(reply, 1);
+  }
+
+  static std::string Get(TvProcess& aTv, std::string const& aPath) {
+    std::string const id = Ask(aTv, "get " + aPath, "queued");
+    std::string const begin = "data " + id + " " + aPath + " ";
+    std::string const line = aTv.Line();
+    EXPECT_THAT(line, StartsWith(begin));
+    return line.substr(std::min(begin.size(), line.size()));
+  }
+
+  std::string mFolder;
+};
+
+TEST_F(ZelvTv, MakesAFreshDirectoryFromTheFactoryFilesAndWorksInIt) {
+  auto const tv = Start();
+  EXPECT_EQ(contentOf(Data() + "/Devices.xml"), contentOf(Factory() + "/Devices.xml"));
+  EXPECT_EQ(tv->WorkingDirectory(), std::filesystem::canonical(Data()).string());
+}
+
+TEST_F(ZelvTv, AnswersARead) {
+  auto const tv = Start();
+  EXPECT_EQ(Get(*tv, kInterval), "30");
+  EXPECT_EQ(Get(*tv, "/Zelv/Configuration/Services/Service[Name='DataControl']/Port/text()"),
+            "4446");
+  EXPECT_THAT(Get(*tv, kPing), MatchesRegex("<Ping>.*<Interval>30</Interval>.*</Ping>"));
+}
+
+TEST_F(ZelvTv, AWriteIsOnDiskOnceALaterReadIsAnswered) {
+  auto const tv = Start();
+  Ask(*tv, std::string("set ") + kInterval + " 45", "queued");
+  EXPECT_EQ(Get(*tv, kInterval), "45");
+  EXPECT_THAT(contentOf(Data() + "/Configuration.xml"), HasSubstr("<Interval>45</Interval>"));
+  EXPECT_THAT(contentOf(Factory() + "/Configuration.xml"), HasSubstr("<Interval>30</Interval>"));
+}
+
+TEST_F(ZelvTv, KeepsAWriteOverARestart) {
+  {
+    auto const tv = Start();
+    Ask(*tv, std::string("set ") + kInterval + " 45", "queued");
+    tv->Say("quit");
+    EXPECT_EQ(tv->ExitStatus(), 0);
+  }
+  EXPECT_EQ(Get(*Start(), kInterval), "45");
+}
+
+TEST_F(ZelvTv, AValueOfSeveralLinesIsOneLine) {
+  auto const tv = Start();
+  std::string const path = "/Zelv/Applications/ActiveApplication/Name/text()";
+  Ask(*tv, "set " + path + " one\\ntwo\\\\three", "queued");
+  EXPECT_EQ(Get(*tv, path), "one\\ntwo\\\\three");
+}
+
+TEST_F(ZelvTv, ASubscriberHearsTheValueThenEachChange) {
+  auto const tv = Start();
+  std::string const id = Ask(*tv, std::string("sub ") + kInterval, "subscribed");
+  EXPECT_EQ(tv->Line(), "data " + id + " " + kInterval + " 30");
+  Ask(*tv, std::string("set ") + kInterval + " 45", "queued");
+  EXPECT_EQ(tv->Line(), "data " + id + " " + kInterval + " 45");
+}
+
+TEST_F(ZelvTv, ASubscriberAboveAChangeGetsItsOwnPathReadAgain) {
+  auto const tv = Start();
+  std::string const id = Ask(*tv, std::string("sub ") + kPing, "subscribed");
+  EXPECT_THAT(tv->Line(), HasSubstr("<Interval>30</Interval>"));
+  Ask(*tv, std::string("set ") + kInterval + " 45", "queued");
+  std::string const line = tv->Line();
+  EXPECT_THAT(line, StartsWith("data " + id + " " + kPing + " <Ping>"));
+  EXPECT_THAT(line, HasSubstr("<Interval>45</Interval>"));
+}
+
+TEST_F(ZelvTv, NothingComesOnceASubscriptionHasEnded) {
+  auto const tv = Start();
+  std::string const id = Ask(*tv, std::string("sub ") + kInterval, "subscribed");
+  EXPECT_EQ(tv->Line(), "data " + id + " " + kInterval + " 30");
+  EXPECT_EQ(Ask(*tv, "unsub " + id, "unsubscribed"), id);
+  Ask(*tv, std::string("set ") + kInterval + " 45", "queued");
+  EXPECT_EQ(Get(*tv, kInterval), "45") << "the next line is the answer, with no change before it";
+  tv->Say("unsub " + id);
+  EXPECT_EQ(tv->Line(), "error no subscription " + id);
+}
+
+TEST_F(ZelvTv, AReadOfWhatIsNotThereFails) {
+  auto const tv = Start();
+  std::string const id = Ask(*tv, "get /Zelv/Configuration/Nothing/text()", "queued");
+  EXPECT_EQ(tv->Line(), "failed " + id);
+  EXPECT_EQ(Get(*tv, kInterval), "30") << "one failure, one line";
+}
+
+TEST_F(ZelvTv, AReadUnderNoProviderFailsTwice) {
+  auto const tv = Start();
+  std::string const id = Ask(*tv, "get /Zelv/Other/x", "queued");
+  EXPECT_EQ(tv->Line(), "failed " + id);
+  EXPECT_EQ(tv->Line(), "failed " + id);
+  EXPECT_EQ(Get(*tv, kInterval), "30");
+}
+
+TEST_F(ZelvTv, ATimerGoesOffOnce) {
+  auto const tv = Start();
+  std::string const id = Ask(*tv, "timer 1 tea time", "timer");
+  EXPECT_EQ(tv->Line(), "fired " + id + " tea time");
+  std::string const later = Ask(*tv, "timer 30 later", "timer");
+  EXPECT_EQ(tv->Line(), "fired " + later + " later");
+}
+
+TEST_F(ZelvTv, WrongInputGivesOneClearLineAndTheNextCommandWorks) {
+  auto const tv = Start();
+  struct {
+    char const* say;
+    char const* answer;
+  } const rows[] = {
+      {"frob", "error no command 'frob'; help lists them"},
+      {"get", "error an argument is missing; usage: get PATH"},
+      {"get /Zelv/a b", "error 'b' is too much; usage: get PATH"},
+      {"set /Zelv/a", "error a value is missing; usage: set PATH VALUE"},
+      {"set /Zelv/a \\q",
+       R"(error a backslash in a value begins \\n, \\\\ or \\xHH; usage: set PATH VALUE)"},
+      {"set /Elsewhere b", "error Cannot set data on remote XPath."},
+      {"add /Elsewhere b", "error Cannot add data to remote XPath."},
+      {"unsub x", "error no subscription x"},
+      {"timer soon tea", "error 'soon' is no number of milliseconds; usage: timer MS NAME"},
+      {"quit now", "error 'now' is too much; usage: quit"},
+  };
+  for (auto const& row : rows) {
+    tv->Say(row.say);
+    EXPECT_EQ(tv->Line(), row.answer);
+  }
+  tv->Say(std::string((std::size_t{1} << 20U) + 1, 'x'));
+  EXPECT_EQ(tv->Line(), "error a line may hold 1048576 bytes");
+  tv->Write(std::string("get \0\xff\xfe\n", 8));
+  EXPECT_THAT(tv->Line(), StartsWith("queued "));
+  EXPECT_EQ(Get(*tv, kInterval), "30");
+}
+
+TEST_F(ZelvTv, HelpIsForPeopleAndStillOneWordALine) {
+  auto const tv = Start();
+  tv->Say("help");
+  for (char const* command : {"get", "set", "add", "sub", "unsub", "timer", "help", "quit"}) {
+    EXPECT_THAT(tv->Line(), StartsWith(std::string("help ") + command + " "));
+  }
+}
+
+TEST_F(ZelvTv, ShowsNoPromptToAProgram) {
+  auto const tv = Start();
+  tv->Say("quit");
+  EXPECT_TRUE(tv->SaysNothingMore());
+  EXPECT_EQ(tv->ExitStatus(), 0);
+}
+
+TEST_F(ZelvTv, TheEndOfTheInputEndsItWithEveryAnswerGiven) {
+  auto const tv = Start();
+  std::string const id = Ask(*tv, std::string("sub ") + kPing, "subscribed");
+  EXPECT_THAT(tv->Line(), HasSubstr("30"));
+  tv->Write(std::string("set ") + kInterval + " 45\nget " + kInterval);
+  tv->EndInput();
+  EXPECT_THAT(tv->Line(), StartsWith("queued "));
+  EXPECT_THAT(tv->Line(), StartsWith("queued "));
+  EXPECT_THAT(tv->Line(), HasSubstr(std::string(kInterval) + " 45"));
+  EXPECT_THAT(tv->Line(), StartsWith("data " + id + " " + kPing + " <Ping>"));
+  EXPECT_TRUE(tv->SaysNothingMore());
+  EXPECT_EQ(tv->ExitStatus(), 0);
+}
+
+TEST_F(ZelvTv, EndsInOrderOnASignal) {
+  for (int const signal : {SIGTERM, SIGINT, SIGHUP}) {
+    auto const tv = Start();
+    Ask(*tv, "timer 60000 never", "timer");
+    tv->Signal(signal);
+    EXPECT_EQ(tv->ExitStatus(), 0) << signal;
+  }
+}
+
+TEST_F(ZelvTv, EndsOnASignalThoughNobodyReadsWhatItPrints) {
+  auto const tv = Start();
+  std::string commands;
+  for (int i = 0; i < 2000; ++i) {
+    commands += "help\n";
+  }
+  tv->Write(commands);
+  EXPECT_THAT(tv->Line(), StartsWith("help "));
+  tv->Signal(SIGTERM);
+  EXPECT_EQ(tv->ExitStatus(), 0);
+}
+
+TEST_F(ZelvTv, EndsWithAFailureWhenItsReaderHasGone) {
+  auto const tv = Start();
+  tv->EndOutput();
+  tv->Say("help");
+  EXPECT_EQ(tv->ExitStatus(), 1);
+}
+
+TEST_F(ZelvTv, RepairsACorruptFileAtTheStart) {
+  { Start(); }
+  for (char const* content : {"<Configuration><UPnP>", "", "\x01\x02 binary"}) {
+    std::ofstream(Data() + "/Configuration.xml") << content;
+    auto const tv = Start();
+    EXPECT_EQ(Get(*tv, kInterval), "30");
+    EXPECT_EQ(contentOf(Data() + "/Configuration.xml"),
+              contentOf(Factory() + "/Configuration.xml"));
+  }
+  EXPECT_THAT(contentOf(Log()),
+              HasSubstr("ZelvFileUtil::checkIsFileAvailable: File successfully restored!"));
+}
+
+TEST_F(ZelvTv, SaysSoWhenTheTreeDoesNotComeUp) {
+  std::filesystem::remove(Factory() + "/Configuration.xml");
+  TvProcess tv(Arguments(), Log());
+  EXPECT_TRUE(tv.SaysNothingMore());
+  EXPECT_EQ(tv.ExitStatus(), 1);
+  EXPECT_THAT(contentOf(Log()),
+              HasSubstr("zelv-tv: the library did not start; the log says why\n"));
+}
+
+TEST_F(ZelvTv, ASilentLogIsSilent) {
+  TvProcess tv({"--data", Data(), "--factory", Factory(), "--log", "off"}, Log());
+  EXPECT_EQ(tv.Line(), "ready - -");
+  tv.Say("quit");
+  EXPECT_EQ(tv.ExitStatus(), 0);
+  EXPECT_EQ(contentOf(Log()), "");
+}
+
+TEST_F(ZelvTv, RefusesArgumentsThatAreWrongInOneLine) {
+  std::vector<std::vector<std::string>> const rows = {
+      {"--frob"},
+      {"--log", "loud"},
+      {"--factory", mFolder + "/nowhere"},
+      {"--data", mFolder + "/a blank"},
+      {"word"},
+  };
+  for (auto const& arguments : rows) {
+    std::filesystem::remove(Log());
+    TvProcess tv(arguments, Log());
+    EXPECT_TRUE(tv.SaysNothingMore());
+    EXPECT_EQ(tv.ExitStatus(), 2);
+    EXPECT_THAT(contentOf(Log()), MatchesRegex("zelv-tv: [^\n]+\n")) << arguments.front();
+  }
+}
+
+}  // namespace
