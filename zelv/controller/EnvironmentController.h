@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <string>
 
 #include "zelv/interfaces/IAppEnvironment.h"
@@ -54,6 +55,13 @@ class EnvironmentController : public virtual ICoreEnvironment, public virtual IA
 
   /// @return false when the name is taken.
   bool insert(std::string const& aName, IBaseLifetimeCallback* aComponent) ZELV_REQUIRES(mMutex);
+
+  /// Takes an entry out of the table. An object that is registered under two names is handed
+  /// over, to be deleted, with the last of them.
+  ///
+  /// @return false when the name is not registered.
+  bool takeOut(std::string const& aName, std::unique_ptr<IBaseLifetimeCallback>& aComponent)
+      ZELV_REQUIRES(mMutex);
 
   Table mComponents ZELV_GUARDED_BY(mTableMutex);
   PCMutex mMutex;
