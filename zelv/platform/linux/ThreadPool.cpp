@@ -62,7 +62,8 @@ bool ThreadPool::Start(std::shared_ptr<ThreadJob> const& aJob, std::size_t aStac
   if (!ThreadStart::Start(stack, &ThreadPool::main, worker.get())) {
     return false;
   }
-  worker.release();
+  // From here on the thread owns it.
+  (void)worker.release();
   return true;
 }
 

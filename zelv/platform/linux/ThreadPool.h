@@ -19,7 +19,7 @@ class ThreadPool {
 
   /// What every parked thread has. Above the 512 KiB that PCThread promises, since callbacks of
   /// applications run here; pages that nobody touches cost nothing.
-  static constexpr std::size_t cStack = 1024 * 1024;
+  static constexpr std::size_t cStack = std::size_t{1024} * 1024;
 
   /// The one of the process. Its parked threads end with the process.
   static ThreadPool& Get();
