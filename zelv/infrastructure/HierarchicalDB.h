@@ -1,16 +1,22 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 
+#include "zelv/infrastructure/XmlRoom.h"
 #include "zelv/platform/Export.h"
 #include "zelv/platform/PCMutex.h"
+#include "zelv/platform/ThreadAnnotations.h"
 
 class TiXmlDocument;
+class TiXmlElement;
 
 namespace Zelv::Infrastructure {
 
-class XPathPlans;
+class Query;
+class QueryCache;
+class XmlFragment;
 
 /// One XML document, read and written as strings that XPath expressions address.
 ///
@@ -87,11 +93,37 @@ class ZELV_EXPORT HierarchicalDB {
   void separateXPath(std::string aPredicate, std::string& aName, std::string& aCondition);
 
  private:
-  /// Released and taken anew by each load.
+  /// Forgets the document and begins an empty one.
+  void reset();
+  /// Null, or what there is too much of.
+  char const* load(std::string const& aXml);
+  TiXmlElement* root() const;
+  bool isUtf8() const;
+  /// False if the document cannot be printed, or what was printed would not load again.
+  bool print(std::string& aText) const;
+
+  int answer(Query& aQuery, std::string& aResult) const;
+
+  /// The first match, if it is an element.
+  TiXmlElement* target(std::string aPath) const;
+  int write(TiXmlElement& aTarget, std::string const& aPath, std::string const& aLeaf,
+            std::string const& aValue, bool aCreate);
+  int writeText(TiXmlElement& aTarget, std::string const& aValue);
+  int writeAttribute(TiXmlElement& aTarget, std::string const& aName, std::string const& aValue,
+                     bool aCreate);
+  int writeElements(TiXmlElement& aTarget, std::string aPath, std::string const& aXml);
+  /// Null, or why the document should not take in what is given.
+  char const* objectionTo(std::string const& aText);
+  char const* objectionTo(XmlFragment const& aFragment);
+
   PCMutex mLock;
+  /// Loads take no lock, so that neither this nor the flag is guarded.
   std::unique_ptr<TiXmlDocument> mDocument;
   bool mLoaded = false;
-  std::unique_ptr<XPathPlans> mPlans;
+  /// Whether the text began with the mark of UTF-8, which the file keeps.
+  bool mMarked = false;
+  XmlRoom mRoom;
+  std::unique_ptr<QueryCache> mQueries ZELV_GUARDED_BY(mLock);
 };
 
 }  // namespace Zelv::Infrastructure
