@@ -1,7 +1,7 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
-#include <string>
 #include <string_view>
 
 #include "zelv/infrastructure/XPathGate.h"
@@ -31,7 +31,7 @@ class XPathExpression {
   XPathExpression& operator=(XPathExpression&&) noexcept;
   ~XPathExpression();
 
-  /// The text as it was given, also if it has no result.
+  /// The text as it was given; empty if the gate refused it.
   std::string_view text() const { return {mText.get(), mLength}; }
 
   /// Whether the expression is walked directly, without a copy of the document.
@@ -44,6 +44,9 @@ class XPathExpression {
   void evaluate(TiXmlNode const* aContext, XPathResult& aResult) const;
 
  private:
+  void walk(TiXmlNode const* aStart, XPathResult& aResult) const;
+
+  /// Ends in a NUL. Never moves: the plan's names are views of it.
   std::unique_ptr<char[]> mText;
   std::size_t mLength;
   XPathGate mGate;

@@ -1,0 +1,72 @@
+#include "zelv/infrastructure/XPathExpression.h"
+
+#include <tinyxml.h>
+
+#include <cstring>
+
+#include "zelv/infrastructure/XPathExtent.h"
+#include "zelv/infrastructure/XPathMirror.h"
+#include "zelv/infrastructure/XPathParser.h"
+#include "zelv/infrastructure/XPathPlan.h"
+#include "zelv/infrastructure/XPathResult.h"
+#include "zelv/infrastructure/XPathWalk.h"
+#include "zelv/platform/PCRealDebug.h"
+
+namespace Zelv::Infrastructure {
+
+namespace {
+
+TiXmlDocument const* documentOf(TiXmlNode const* aNode) {
+  while (aNode->Parent()) {
+    aNode = aNode->Parent();
+  }
+  return aNode->ToDocument();
+}
+
+// The result hands the tree's nodes on as the caller may change them, as the seam always did.
+TiXmlNode* changeable(TiXmlNode const* aNode) {
+  return const_cast<TiXmlNode*>(aNode);
+}
+
+}  // namespace
+
+XPathExpression::XPathExpression(std::string_view aText) : mLength(0), mGate(aText) {
+  if (!mGate.admits()) {
+    return;
+  }
+  mText = std::make_unique<char[]>(aText.size() + 1);
+  mLength = aText.size();
+  std::memcpy(mText.get(), aText.data(), mLength);
+  mPlan = std::make_unique<XPathPlan>();
+  if (!XPathParser(text(), *mPlan).parse()) {
+    mPlan.reset();
+  }
+}
+
+XPathExpression::XPathExpression(XPathExpression&&) noexcept = default;
+XPathExpression& XPathExpression::operator=(XPathExpression&&) noexcept = default;
+XPathExpression::~XPathExpression() = default;
+
+void XPathExpression::evaluate(TiXmlNode const* aContext, XPathResult& aResult) const {
+  aResult.clear();
+  TiXmlDocument const* const document = aContext && mText ? documentOf(aContext) : nullptr;
+  if (!document) {
+    return;
+  }
+  if (mPlan) {
+    walk(mPlan->absolute ? document : aContext, aResult);
+  } else if (mGate.admits(XPathExtent::of(*document))) {
+    XPathMirror(*document).select(mText.get(), aContext, aResult);
+  }
+}
+
+void XPathExpression::walk(TiXmlNode const* aStart, XPathResult& aResult) const {
+  if (!XPathWalk(*mPlan, aResult).run(changeable(aStart))) {
+    PCRealDebug::Print(PCRealDebug::Warning,
+                       "XPathExpression::evaluate: more than %llu nodes to look at, refused.",
+                       static_cast<unsigned long long>(XPathGate::maximumCost));
+    aResult.clear();
+  }
+}
+
+}  // namespace Zelv::Infrastructure
