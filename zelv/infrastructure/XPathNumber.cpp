@@ -4,33 +4,27 @@
 #include <limits>
 #include <system_error>
 
+#include "zelv/infrastructure/XPathCharacter.h"
+
 namespace Zelv::Infrastructure {
 
 namespace {
 
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
-bool isBlank(char aByte) {
-  return aByte == ' ' || aByte == '\t' || aByte == '\n' || aByte == '\r';
-}
-
-bool isDigit(char aByte) {
-  return static_cast<unsigned char>(aByte - '0') < 10;
-}
-
 std::size_t digits(std::string_view aText) {
   std::size_t count = 0;
-  while (count < aText.size() && isDigit(aText[count])) {
+  while (count < aText.size() && XPathCharacter::isDigit(aText[count])) {
     ++count;
   }
   return count;
 }
 
 std::string_view trimmed(std::string_view aText) {
-  while (!aText.empty() && isBlank(aText.front())) {
+  while (!aText.empty() && XPathCharacter::isBlank(aText.front())) {
     aText.remove_prefix(1);
   }
-  while (!aText.empty() && isBlank(aText.back())) {
+  while (!aText.empty() && XPathCharacter::isBlank(aText.back())) {
     aText.remove_suffix(1);
   }
   return aText;

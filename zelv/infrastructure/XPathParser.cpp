@@ -1,5 +1,6 @@
 #include "zelv/infrastructure/XPathParser.h"
 
+#include "zelv/infrastructure/XPathCharacter.h"
 #include "zelv/infrastructure/XPathNumber.h"
 
 namespace Zelv::Infrastructure {
@@ -9,23 +10,6 @@ namespace {
 using Axis = XPathStep::Axis;
 using By = XPathTest::By;
 using Of = XPathTest::Of;
-
-bool isBlank(char aByte) {
-  return aByte == ' ' || aByte == '\t' || aByte == '\n' || aByte == '\r';
-}
-
-bool isDigit(char aByte) {
-  return static_cast<unsigned char>(aByte - '0') < 10;
-}
-
-bool isNameStart(char aByte) {
-  return (aByte >= 'a' && aByte <= 'z') || (aByte >= 'A' && aByte <= 'Z') || aByte == '_' ||
-         static_cast<unsigned char>(aByte) >= 0x80;
-}
-
-bool isNamePart(char aByte) {
-  return isNameStart(aByte) || isDigit(aByte) || aByte == '-' || aByte == '.';
-}
 
 // Declarations of namespaces are no attributes in XPath (section 5.3); the general engine knows.
 bool isAttributeName(std::string_view aName) {
@@ -53,18 +37,18 @@ bool XPathParser::parse() {
 }
 
 bool XPathParser::slash() {
-  if (take("//")) {
+  if (take('/', '/')) {
     mDescendNext = true;
     return !mDescends;
   }
-  return take("/");
+  return take('/');
 }
 
 bool XPathParser::step() {
-  if (take("@")) {
+  if (take('@')) {
     return attributeStep();
   }
-  if (take("*")) {
+  if (take('*')) {
     return elementStep({}, true);
   }
   return namedStep();
@@ -86,11 +70,11 @@ bool XPathParser::namedStep() {
   if (text.empty()) {
     return false;
   }
-  if (take("::")) {
-    return text == "parent" && take("*") && parentStep();
+  if (take(':', ':')) {
+    return text == "parent" && take('*') && parentStep();
   }
-  if (take("(")) {
-    mLastStep = take(")") && !mDescendNext && (text == "text" || text == "node");
+  if (take('(')) {
+    mLastStep = take(')') && !mDescendNext && (text == "text" || text == "node");
     return mLastStep && addStep(text == "text" ? Axis::Text : Axis::Node);
   }
   return elementStep(text, false);
@@ -126,8 +110,8 @@ bool XPathParser::elementStep(std::string_view aName, bool aAny) {
 }
 
 bool XPathParser::tests() {
-  while (take("[")) {
-    if (!predicate() || !take("]")) {
+  while (take('[')) {
+    if (!predicate() || !take(']')) {
       return false;
     }
   }
@@ -135,7 +119,7 @@ bool XPathParser::tests() {
 }
 
 bool XPathParser::predicate() {
-  return isDigit(next()) ? position() : conjunction();
+  return XPathCharacter::isDigit(next()) ? position() : conjunction();
 }
 
 bool XPathParser::position() {
@@ -165,7 +149,7 @@ bool XPathParser::test() {
 }
 
 bool XPathParser::subject(XPathTest& aTest) {
-  if (take("@")) {
+  if (take('@')) {
     aTest.of = Of::Attribute;
     aTest.name = name();
     return isAttributeName(aTest.name);
@@ -174,9 +158,9 @@ bool XPathParser::subject(XPathTest& aTest) {
   if (aTest.name.empty()) {
     return false;
   }
-  bool const function = take("(");
+  bool const function = take('(');
   aTest.of = function ? Of::Text : Of::Child;
-  return !function || (aTest.name == "text" && take(")"));
+  return !function || (aTest.name == "text" && take(')'));
 }
 
 bool XPathParser::relation(XPathTest& aTest) {
@@ -185,17 +169,17 @@ bool XPathParser::relation(XPathTest& aTest) {
 }
 
 bool XPathParser::operation(By& aBy) {
-  if (take("=")) {
+  if (take('=')) {
     aBy = By::EqualText;
-  } else if (take("!=")) {
+  } else if (take('!', '=')) {
     aBy = By::UnequalText;
-  } else if (take("<=")) {
+  } else if (take('<', '=')) {
     aBy = By::LessOrEqual;
-  } else if (take("<")) {
+  } else if (take('<')) {
     aBy = By::Less;
-  } else if (take(">=")) {
+  } else if (take('>', '=')) {
     aBy = By::GreaterOrEqual;
-  } else if (take(">")) {
+  } else if (take('>')) {
     aBy = By::Greater;
   } else {
     return false;
@@ -210,7 +194,7 @@ bool XPathParser::value(XPathTest& aTest) {
     aTest.number = XPathNumber::parse(aTest.literal);
     return ends;
   }
-  bool const negative = take("-");
+  bool const negative = take('-');
   std::string_view const number = digits();
   if (number.empty()) {
     return false;
@@ -251,15 +235,15 @@ XPathTest* XPathParser::addTest() {
 
 std::string_view XPathParser::name() {
   std::size_t const begin = mAt;
-  if (!isNameStart(next())) {
+  if (!XPathCharacter::isNameStart(next())) {
     return {};
   }
-  while (isNamePart(next())) {
+  while (XPathCharacter::isNamePart(next())) {
     ++mAt;
   }
-  if (next() == ':' && mAt + 1 < mText.size() && isNamePart(mText[mAt + 1])) {
+  if (next() == ':' && mAt + 1 < mText.size() && XPathCharacter::isNamePart(mText[mAt + 1])) {
     ++mAt;
-    while (isNamePart(next())) {
+    while (XPathCharacter::isNamePart(next())) {
       ++mAt;
     }
   }
@@ -271,13 +255,13 @@ std::string_view XPathParser::name() {
 // A number as the grammar has it: "5", "5.", "5.1" or ".1".
 std::string_view XPathParser::digits() {
   std::size_t const begin = mAt;
-  while (isDigit(next())) {
+  while (XPathCharacter::isDigit(next())) {
     ++mAt;
   }
   std::size_t const whole = mAt - begin;
   if (next() == '.') {
     ++mAt;
-    while (isDigit(next())) {
+    while (XPathCharacter::isDigit(next())) {
       ++mAt;
     }
   }
@@ -288,13 +272,21 @@ std::string_view XPathParser::digits() {
   return found;
 }
 
-bool XPathParser::take(std::string_view aToken) {
-  if (mText.substr(mAt, aToken.size()) != aToken) {
+bool XPathParser::take(char aToken) {
+  if (next() != aToken) {
     return false;
   }
-  mAt += aToken.size();
+  ++mAt;
   skipBlanks();
   return true;
+}
+
+bool XPathParser::take(char aFirst, char aSecond) {
+  if (next() != aFirst || mAt + 1 >= mText.size() || mText[mAt + 1] != aSecond) {
+    return false;
+  }
+  ++mAt;
+  return take(aSecond);
 }
 
 bool XPathParser::takeName(std::string_view aName) {
@@ -307,7 +299,7 @@ bool XPathParser::takeName(std::string_view aName) {
 }
 
 void XPathParser::skipBlanks() {
-  while (isBlank(next())) {
+  while (XPathCharacter::isBlank(next())) {
     ++mAt;
   }
 }

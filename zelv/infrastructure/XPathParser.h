@@ -43,7 +43,8 @@ class XPathParser {
   XPathTest* addTest();
   std::string_view name();
   std::string_view digits();
-  bool take(std::string_view aToken);
+  bool take(char aToken);
+  bool take(char aFirst, char aSecond);
   bool takeName(std::string_view aName);
   void skipBlanks();
   char next() const { return mAt < mText.size() ? mText[mAt] : '\0'; }

@@ -3,26 +3,11 @@
 #include <algorithm>
 #include <initializer_list>
 
+#include "zelv/infrastructure/XPathCharacter.h"
+
 namespace Zelv::Infrastructure {
 
 namespace {
-
-bool isBlank(char aByte) {
-  return aByte == ' ' || aByte == '\t' || aByte == '\n' || aByte == '\r';
-}
-
-bool isDigit(char aByte) {
-  return aByte >= '0' && aByte <= '9';
-}
-
-bool isNameStart(char aByte) {
-  return (aByte >= 'a' && aByte <= 'z') || (aByte >= 'A' && aByte <= 'Z') || aByte == '_' ||
-         static_cast<unsigned char>(aByte) >= 0x80;
-}
-
-bool isNamePart(char aByte) {
-  return isNameStart(aByte) || isDigit(aByte) || aByte == '-' || aByte == '.';
-}
 
 bool isOneOf(std::string_view aName, std::initializer_list<std::string_view> aNames) {
   return std::find(aNames.begin(), aNames.end(), aName) != aNames.end();
@@ -59,16 +44,17 @@ std::size_t sequence(std::string_view aText) {
 }
 
 bool isText(std::string_view aText) {
-  while (!aText.empty()) {
-    auto const first = static_cast<unsigned char>(aText.front());
-    if (first < 0x20 && !isBlank(aText.front())) {
+  std::size_t index = 0;
+  while (index < aText.size()) {
+    if (XPathCharacter::isPlain(aText[index])) {
+      ++index;
+      continue;
+    }
+    std::size_t const length = sequence(aText.substr(index));
+    if (length < 2) {
       return false;
     }
-    std::size_t const length = sequence(aText);
-    if (length == 0) {
-      return false;
-    }
-    aText.remove_prefix(length);
+    index += length;
   }
   return true;
 }
@@ -122,9 +108,10 @@ bool XPathScan::scanToken() {
     default:
       break;
   }
-  if (isNameStart(byte)) {
+  if (XPathCharacter::isNameStart(byte)) {
     name();
-  } else if (isDigit(byte) || (byte == '-' && mLast == Token::Comparison && isDigit(at(mAt + 1)))) {
+  } else if (XPathCharacter::isDigit(byte) ||
+             (byte == '-' && mLast == Token::Comparison && XPathCharacter::isDigit(at(mAt + 1)))) {
     number();
   } else {
     // Unions and arithmetic; also bytes that begin nothing, which the parser will refuse.
@@ -180,13 +167,13 @@ bool XPathScan::close(char aBracket) {
 
 void XPathScan::name() {
   std::size_t const begin = mAt;
-  while (isNamePart(at(mAt))) {
+  while (XPathCharacter::isNamePart(at(mAt))) {
     ++mAt;
   }
-  if (at(mAt) == ':' && (at(mAt + 1) == '*' || isNamePart(at(mAt + 1)))) {
+  if (at(mAt) == ':' && (at(mAt + 1) == '*' || XPathCharacter::isNamePart(at(mAt + 1)))) {
     ++mAt;
     mAt += at(mAt) == '*' ? 1 : 0;
-    while (isNamePart(at(mAt))) {
+    while (XPathCharacter::isNamePart(at(mAt))) {
       ++mAt;
     }
   }
@@ -229,7 +216,7 @@ void XPathScan::axisName(std::string_view aName) {
 
 void XPathScan::number() {
   ++mAt;
-  while (isDigit(at(mAt)) || at(mAt) == '.') {
+  while (XPathCharacter::isDigit(at(mAt)) || at(mAt) == '.') {
     ++mAt;
   }
   add(Token::Literal);
@@ -245,7 +232,7 @@ void XPathScan::slash() {
 }
 
 void XPathScan::dot() {
-  if (isDigit(at(mAt + 1))) {
+  if (XPathCharacter::isDigit(at(mAt + 1))) {
     number();
     return;
   }
@@ -289,7 +276,7 @@ void XPathScan::addOperand() {
 }
 
 void XPathScan::skipBlanks() {
-  while (isBlank(at(mAt))) {
+  while (XPathCharacter::isBlank(at(mAt))) {
     ++mAt;
   }
 }
