@@ -13,8 +13,6 @@
 #include <csignal>
 #include <filesystem>
 
-extern char** environ;
-
 namespace {
 
 /// Long enough for a machine that is busy with everything else, sanitizers included.
