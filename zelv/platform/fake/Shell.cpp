@@ -1,9 +1,11 @@
 #include "zelv/platform/Shell.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <mutex>
 #include <utility>
 
+#include "zelv/platform/Directories.h"
 #include "zelv/platform/fake/FakeShell.h"
 #include "zelv/platform/fake/ShellLines.h"
 #include "zelv/platform/fake/TemporaryDirectories.h"
@@ -35,6 +37,9 @@ int Shell::Run(std::string const& aLine) {
   }
   if (theMode == FakeShell::RecordOnly) {
     return 0;
+  }
+  if (aLine == "sync") {
+    return std::filesystem::is_directory(Directories::Writable()) ? 0 : -1;
   }
   return Fake::ShellLines(Fake::TemporaryDirectories::currentRoot()).perform(aLine);
 }

@@ -1,0 +1,33 @@
+#include "zelv/platform/PCTime.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(PCTime, CountsSecondsSince1970) {
+  // 2020-09-13, when the fake's clock starts; no host is older.
+  EXPECT_GE(PCTime::EpochTime(), 1600000000);
+}
+
+TEST(PCTime, NeverGoesBackByTheMonotonicClock) {
+  std::int64_t last = PCTime::MonotonicMs();
+  for (int i = 0; i < 10000; ++i) {
+    std::int64_t const now = PCTime::MonotonicMs();
+    ASSERT_GE(now, last);
+    last = now;
+  }
+}
+
+TEST(PCTime, SleepsAtLeastAsLongAsTold) {
+  std::int64_t const before = PCTime::MonotonicMs();
+  PCTime::Sleep(2);
+  EXPECT_GE(PCTime::MonotonicMs() - before, 2);
+}
+
+TEST(PCTime, MaySleepForNoTimeAtAll) {
+  std::int64_t const before = PCTime::MonotonicMs();
+  PCTime::Sleep(0);
+  EXPECT_GE(PCTime::MonotonicMs(), before);
+}
+
+}  // namespace
