@@ -1,0 +1,155 @@
+#include "zelv/controller/EnvironmentController.h"
+
+#include <algorithm>
+#include <new>
+#include <stdexcept>
+
+#include "zelv/core/GenericDataProvider.h"
+#include "zelv/infrastructure/ZelvFileUtil.h"
+#include "zelv/platform/Directories.h"
+#include "zelv/platform/PCRealDebug.h"
+#include "zelv/platform/TCAutoLock.h"
+#include "zelv/platform/TraceScope.h"
+
+namespace Zelv::Controller {
+
+using Infrastructure::ZelvFileUtil;
+using Platform::Directories;
+
+struct EnvironmentController::Standard {
+  char const* name;
+  char const* baseXPath;
+  char const* file;
+  char const* noFile;
+  char const* noComponent;
+};
+
+namespace {
+
+IBaseLifetimeCallback* makeGenericDataProvider(std::string const& aBaseXPath,
+                                               std::string const& aDataFileName) {
+  return new (std::nothrow) Core::GenericDataProvider(aBaseXPath, aDataFileName, true);
+}
+
+}  // namespace
+
+EnvironmentController::EnvironmentController() : EnvironmentController(makeGenericDataProvider) {}
+
+EnvironmentController::EnvironmentController(MakeProvider aMakeProvider)
+    : mMakeProvider(aMakeProvider) {}
+
+EnvironmentController::~EnvironmentController() {
+  TCAutoLock lock(mMutex);
+  for (auto const& entry : getRegisteredComponents()) {
+    PCRealDebug::Print(PCRealDebug::Trace,
+                       "EnvironmentController::~EnvironmentController: Removing component '%s' "
+                       "from Environment List",
+                       entry.first.c_str());
+    std::unique_ptr<IBaseLifetimeCallback> component;
+    takeOut(entry.first, component);
+  }
+}
+
+GUID EnvironmentController::registerComponent(std::string const& aComponentName,
+                                              IBaseLifetimeCallback* aComponent) {
+  TraceScope trace("EnvironmentController::registerComponent");
+  TCAutoLock lock(mMutex);
+  if (aComponent == nullptr) {
+    PCRealDebug::Print(
+        PCRealDebug::Error,
+        "EnvironmentController::registerComponent: Component callback pointer is NULL.");
+    throw std::runtime_error("aCallback is NULL!");
+  }
+  insert(aComponentName, aComponent);
+  return GUID::createGUID();
+}
+
+void EnvironmentController::unregisterComponent(std::string const& aComponentName) {
+  TraceScope trace("EnvironmentController::unregisterComponent");
+  // Goes after the lock is released: its end may wait for a thread that asks for components.
+  std::unique_ptr<IBaseLifetimeCallback> component;
+  TCAutoLock lock(mMutex);
+  if (!takeOut(aComponentName, component)) {
+    PCRealDebug::Print(PCRealDebug::Warning,
+                       "EnvironmentController::unregisterComponent: Component not found!");
+  }
+}
+
+EnvironmentController::Table EnvironmentController::getRegisteredComponents() {
+  TCAutoLock lock(mMutex);
+  TCAutoLock tableLock(mTableMutex);
+  return mComponents;
+}
+
+IBaseLifetimeCallback* EnvironmentController::getComponent(std::string aComponentName) {
+  TCAutoLock tableLock(mTableMutex);
+  auto const entry = mComponents.find(aComponentName);
+  return entry == mComponents.end() ? nullptr : entry->second;
+}
+
+std::size_t EnvironmentController::getNumComponents() {
+  TCAutoLock lock(mMutex);
+  TCAutoLock tableLock(mTableMutex);
+  return mComponents.size();
+}
+
+void EnvironmentController::clearEnvironment() {
+  TCAutoLock lock(mMutex);
+  TCAutoLock tableLock(mTableMutex);
+  mComponents.clear();
+}
+
+void EnvironmentController::initialize() {
+  TraceScope trace("EnvironmentController::createEnvironment");
+  TCAutoLock lock(mMutex);
+  createProvider({"ConfigurationManager", "/Zelv/Configuration", "Configuration.xml",
+                  "in EnvironmentController::initialize: Failed to load Configuration file and "
+                  "could not restore!",
+                  "EnvironmentController::createEnvironment: failed to create "
+                  "GenericDataProvider for /Zelv/Configuration"});
+  createProvider({"ApplicationsManager", "/Zelv/Applications", "Applications.xml",
+                  "in EnvironmentController::initialize: Failed to load Applications file and "
+                  "could not restore!",
+                  "EnvironmentController::createEnvironment: failed to create "
+                  "GenericDataProvider for /Zelv/Applications"});
+}
+
+void EnvironmentController::createProvider(Standard const& aStandard) {
+  std::string const& directory = Directories::Writable();
+  if (ZelvFileUtil::checkIsFileAvailable(aStandard.file, directory, true) != 0) {
+    throw std::runtime_error(aStandard.noFile);
+  }
+  std::unique_ptr<IBaseLifetimeCallback> component(
+      mMakeProvider(aStandard.baseXPath, directory + aStandard.file));
+  if (component == nullptr) {
+    PCRealDebug::Print(PCRealDebug::Error, "%s", aStandard.noComponent);
+    throw std::runtime_error("component is NULL!");
+  }
+  if (insert(aStandard.name, component.get())) {
+    component.release();
+  }
+}
+
+bool EnvironmentController::insert(std::string const& aName, IBaseLifetimeCallback* aComponent) {
+  TCAutoLock tableLock(mTableMutex);
+  return mComponents.emplace(aName, aComponent).second;
+}
+
+bool EnvironmentController::takeOut(std::string const& aName,
+                                    std::unique_ptr<IBaseLifetimeCallback>& aComponent) {
+  TCAutoLock tableLock(mTableMutex);
+  auto const taken = mComponents.extract(aName);
+  if (taken.empty()) {
+    return false;
+  }
+  IBaseLifetimeCallback* const component = taken.mapped();
+  bool const heldElsewhere =
+      std::any_of(mComponents.begin(), mComponents.end(),
+                  [component](auto const& aEntry) { return aEntry.second == component; });
+  if (!heldElsewhere) {
+    aComponent.reset(component);
+  }
+  return true;
+}
+
+}  // namespace Zelv::Controller

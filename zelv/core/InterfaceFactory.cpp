@@ -1,0 +1,58 @@
+#include "zelv/interfaces/InterfaceFactory.h"
+
+#include <exception>
+#include <memory>
+#include <typeinfo>
+
+#include "zelv/core/Core.h"
+#include "zelv/platform/PCRealDebug.h"
+
+namespace Zelv {
+
+namespace {
+
+/// Takes down what a failed start has left. The caller hears of the failed start, not of what goes
+/// wrong here.
+void cleanUp() {
+  try {
+    InterfaceFactory::terminate();
+  } catch (std::exception const& exception) {
+    PCRealDebug::Print(PCRealDebug::Error, "InterfaceFactory::cleanUp: %s", exception.what());
+  } catch (...) {
+    PCRealDebug::Print(PCRealDebug::Error,
+                       "InterfaceFactory::cleanUp: something that is no std::exception.");
+  }
+}
+
+Core* startedCore(char const* aFailure) {
+  try {
+    return Core::getCore();
+  } catch (std::exception const& exception) {
+    PCRealDebug::Print(PCRealDebug::Error, "%s", aFailure);
+    PCRealDebug::Print(PCRealDebug::Error, "Error: %s: %s", typeid(exception).name(),
+                       exception.what());
+  }
+  cleanUp();
+  return nullptr;
+}
+
+}  // namespace
+
+bool InterfaceFactory::initialize() {
+  return startedCore("InterfaceFactory::initialize() An error ocurred in initialization:") !=
+         nullptr;
+}
+
+IBase* InterfaceFactory::getInterface(GUID) {
+  return startedCore("InterfaceFactory::getInterface() An error ocurred in getInterface:");
+}
+
+void InterfaceFactory::terminate() {
+  // Deleted also when a component throws on its way out.
+  std::unique_ptr<Core> const core(Core::requestCore());
+  if (core != nullptr) {
+    core->terminate();
+  }
+}
+
+}  // namespace Zelv
