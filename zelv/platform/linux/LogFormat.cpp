@@ -94,7 +94,7 @@ class Formatter {
 
   void readLength(Conversion& aConversion) {
     std::size_t const count = std::strspn(mFormat, "hlqLjzt");
-    aConversion.length.assign(mFormat, std::min<std::size_t>(count, 2));
+    aConversion.length.assign(mFormat, std::min<std::size_t>(count, 3));
     mFormat += count;
   }
 
@@ -153,7 +153,8 @@ class Formatter {
     if (length == "t") {
       return put(aConversion, va_arg(*mArguments, std::ptrdiff_t));
     }
-    return (length.empty() || length[0] == 'h') && put(aConversion, va_arg(*mArguments, int));
+    return (length.empty() || length == "h" || length == "hh") &&
+           put(aConversion, va_arg(*mArguments, int));
   }
 
   bool printString(Conversion aConversion) {
