@@ -123,10 +123,10 @@ TEST(Base64, DecodesRandomTextsAsTheLiteralVersion) {
 }
 
 TEST(Base64, TakesAMebibyte) {
-  std::string const bytes(1024 * 1024, '\xff');
+  std::string const bytes(std::size_t{1024} * 1024, '\xff');
   std::string const text = base64Encode(bytes);
   EXPECT_EQ(text.size(), 1398104U);
-  EXPECT_EQ(base64Decode(text), std::string(1024 * 1024, '\0'));
+  EXPECT_EQ(base64Decode(text), std::string(std::size_t{1024} * 1024, '\0'));
 }
 
 }  // namespace

@@ -103,9 +103,11 @@ TEST_F(GUIDTest, SeedsWithTheFirstDefaultOne) {
 
 TEST_F(GUIDTest, ReadingAndCopyingDoNotSeed) {
   GUID const guid("2cb63c08-01e0-41cd-950e-1566f18e0983");
-  GUID const copy(guid);
-  EXPECT_FALSE(GUIDState::Seeded());
+  GUID copy(guid);
   EXPECT_EQ(copy, guid);
+  copy = GUID::nullGUID;
+  EXPECT_EQ(guid, GUID("2cb63c08-01e0-41cd-950e-1566f18e0983"));
+  EXPECT_FALSE(GUIDState::Seeded());
 }
 
 TEST_F(GUIDTest, ParsesTextInBracesLikeTextWithout) {
@@ -321,6 +323,7 @@ TEST_F(GUIDTest, IsMadeByManyThreadsAtOnceFromTheFirstOn) {
   constexpr int cEach = 500;
   std::vector<std::vector<std::string>> made(cThreads);
   std::vector<std::thread> threads;
+  threads.reserve(cThreads);
   for (auto& mine : made) {
     threads.emplace_back([&mine] {
       for (int i = 0; i < cEach; ++i) {
@@ -342,7 +345,7 @@ TEST_F(GUIDTest, IsMadeByManyThreadsAtOnceFromTheFirstOn) {
 
 TEST_F(GUIDTest, ReadsRandomTextsAsAStreamWould) {
   std::mt19937 random(1);
-  std::string const odd("xX+-{} gG.,:\0\t\n=/\x80\xff", 20);
+  std::string const odd("xX+-{} gG.,:\0\t\n=/\x80\xff", 19);
   std::string const digits = "0123456789abcdefABCDEF";
   int readable = 0;
   for (int i = 0; i < 120000; ++i) {
@@ -384,10 +387,11 @@ TEST_F(GUIDTest, ReadsEveryShortBeginOfAGroupAsAStreamWould) {
 }
 
 TEST_F(GUIDTest, SurvivesTextsOfAMebibyte) {
-  std::string const many(1024 * 1024, 'f');
+  std::string const many(std::size_t{1024} * 1024, 'f');
   EXPECT_EQ(read(many), "ffffffff-ffff-ffff-ffff-ffffffffffff");
   EXPECT_EQ(read("{" + many + "}"), "ffffffff-ffff-ffff-ffff-ffffffffffff");
-  EXPECT_EQ(read(std::string(1024 * 1024, '[')), "invalid_argument: Invalid GUID string");
+  EXPECT_EQ(read(std::string(std::size_t{1024} * 1024, '[')),
+            "invalid_argument: Invalid GUID string");
 }
 
 }  // namespace

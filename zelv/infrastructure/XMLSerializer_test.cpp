@@ -14,7 +14,7 @@ namespace {
 
 using Testing::LiteralText;
 
-constexpr std::size_t cMebibyte = 1024 * 1024;
+constexpr std::size_t cMebibyte = std::size_t{1024} * 1024;
 
 std::string repeated(std::string const& aPiece, std::size_t aSize = cMebibyte) {
   std::string text;

@@ -13,7 +13,7 @@ namespace {
 using Testing::LiteralText;
 
 char const cDevice[] = "2cb63c08-01e0-41cd-950e-1566f18e0983";
-constexpr std::size_t cMebibyte = 1024 * 1024;
+constexpr std::size_t cMebibyte = std::size_t{1024} * 1024;
 
 std::string repeated(std::string const& aPiece) {
   std::string text;

@@ -89,11 +89,11 @@ class LiteralText {
   /// Erases the first predicate over and over.
   static std::string removePredicates(std::string aXPath) {
     for (;;) {
-      std::size_t const open = aXPath.find("[");
+      std::size_t const open = aXPath.find('[');
       if (open == std::string::npos) {
         return aXPath;
       }
-      std::size_t const close = aXPath.find("]", open);
+      std::size_t const close = aXPath.find(']', open);
       if (close == std::string::npos) {
         return aXPath;
       }
