@@ -6,6 +6,7 @@
 #include <tinyxml.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <pugixml.hpp>
 #include <string>
