@@ -48,7 +48,7 @@ class GatedCallback : public IBaseTimerCallback {
 
   std::counting_semaphore<> entered{0};
   std::counting_semaphore<> go{0};
-  std::function<void(GUID)> last;
+  std::function<void(GUID const&)> last;
   std::atomic<bool> finished{false};
   std::atomic<int> statuses{0};
   GUID statusId;
@@ -114,7 +114,7 @@ TEST_F(TimerControllerThreads, TableIsFreeWhileACallbackRuns) {
 
 TEST_F(TimerControllerThreads, DestroyThatWaitedForACallbackWhichDestroyedItselfHearsSo) {
   GUID const id = mController.createTimer(10, -1, "t", &mCallback);
-  mCallback.last = [this](GUID aId) { mController.destroyTimer(aId, nullptr); };
+  mCallback.last = [this](GUID const& aId) { mController.destroyTimer(aId, nullptr); };
   std::jthread alarm = goOff();
   std::jthread destroyer = destroyElsewhere(id, [] {});
   mCallback.go.release();
@@ -130,6 +130,7 @@ TEST_F(TimerControllerThreads, OfManyThatDestroyOneRunningTimerOneSucceeds) {
   GUID const id = mController.createTimer(10, -1, "t", &mCallback);
   std::jthread alarm = goOff();
   std::vector<std::jthread> destroyers;
+  destroyers.reserve(cThreads);
   for (int i = 0; i < cThreads; ++i) {
     destroyers.emplace_back([&] { mController.destroyTimer(id, nullptr); });
   }
@@ -146,7 +147,7 @@ TEST_F(TimerControllerThreads, OfManyThatDestroyOneRunningTimerOneSucceeds) {
 TEST_F(TimerControllerThreads, LockHeldByOneWhoCreatesMayBeTakenByACallback) {
   PCMutex shared;
   mController.createTimer(10, -1, "t", &mCallback);
-  mCallback.last = [&](GUID) {
+  mCallback.last = [&](GUID const&) {
     shared.Lock();
     shared.Unlock();
   };
@@ -202,6 +203,7 @@ TEST(TimerControllerStress, NoCallbackComesAfterItsTimerWasDestroyed) {
   std::atomic<int> late{0};
   std::atomic<int> running{cThreads};
   std::vector<std::jthread> threads;
+  threads.reserve(cThreads);
   for (int i = 0; i < cThreads; ++i) {
     threads.emplace_back([&] {
       for (int round = 0; round < cRounds; ++round) {

@@ -107,7 +107,7 @@ TEST_F(TimerControllerTest, DestroyLogsStoppedThenDeleted) {
 
 TEST_F(TimerControllerTest, CallbackThatDestroysItsOwnTimerLeavesItToTheEndOfTheTrigger) {
   GUID const id = create(10);
-  EXPECT_CALL(mCallback, onTimer("name", id)).WillOnce([&](std::string const&, GUID aId) {
+  EXPECT_CALL(mCallback, onTimer("name", id)).WillOnce([&](std::string const&, GUID const& aId) {
     mController->destroyTimer(aId, &mCallback);
     EXPECT_EQ(FakeAlarm::Created(), 1);
   });
@@ -124,7 +124,7 @@ TEST_F(TimerControllerTest, CallbackThatDestroysItsOwnTimerLeavesItToTheEndOfThe
 
 TEST_F(TimerControllerTest, CallbackThatDestroysItsOwnTimerTwiceHearsThatItIsUnknown) {
   GUID const id = create(10);
-  EXPECT_CALL(mCallback, onTimer(_, id)).WillOnce([&](std::string const&, GUID aId) {
+  EXPECT_CALL(mCallback, onTimer(_, id)).WillOnce([&](std::string const&, GUID const& aId) {
     mController->destroyTimer(aId, &mCallback);
     mController->destroyTimer(aId, &mCallback);
   });
@@ -135,7 +135,7 @@ TEST_F(TimerControllerTest, CallbackThatDestroysItsOwnTimerTwiceHearsThatItIsUnk
 
 TEST_F(TimerControllerTest, CallbackThatDestroysItsOwnTimerAndThrowsLeavesNothingBehind) {
   GUID const id = create(10);
-  EXPECT_CALL(mCallback, onTimer(_, id)).WillOnce([&](std::string const&, GUID aId) {
+  EXPECT_CALL(mCallback, onTimer(_, id)).WillOnce([&](std::string const&, GUID const& aId) {
     mController->destroyTimer(aId, nullptr);
     throw std::runtime_error("lost");
   });
@@ -148,7 +148,7 @@ TEST_F(TimerControllerTest, CallbackThatDestroysItsOwnTimerAndThrowsLeavesNothin
 
 TEST_F(TimerControllerTest, CallbackMayDestroyAnotherTimerThatIsDueAtTheSameTime) {
   GUID ids[2] = {create(10, "a"), create(10, "b")};
-  EXPECT_CALL(mCallback, onTimer(_, _)).WillOnce([&](std::string const&, GUID aId) {
+  EXPECT_CALL(mCallback, onTimer(_, _)).WillOnce([&](std::string const&, GUID const& aId) {
     mController->destroyTimer(aId == ids[0] ? ids[1] : ids[0], &mCallback);
   });
   FakeClock::Advance(10);
@@ -158,11 +158,12 @@ TEST_F(TimerControllerTest, CallbackMayDestroyAnotherTimerThatIsDueAtTheSameTime
 TEST_F(TimerControllerTest, CallbackMayCreateATimer) {
   GUID inner;
   GUID const outer = create(10, "outer");
-  EXPECT_CALL(mCallback, onTimer("outer", outer)).WillOnce([&](std::string const&, GUID aId) {
-    inner = create(5, "inner");
-    mController->destroyTimer(aId, nullptr);
-  });
-  EXPECT_CALL(mCallback, onTimer("inner", _)).WillOnce([&](std::string const&, GUID aId) {
+  EXPECT_CALL(mCallback, onTimer("outer", outer))
+      .WillOnce([&](std::string const&, GUID const& aId) {
+        inner = create(5, "inner");
+        mController->destroyTimer(aId, nullptr);
+      });
+  EXPECT_CALL(mCallback, onTimer("inner", _)).WillOnce([&](std::string const&, GUID const& aId) {
     EXPECT_EQ(aId, inner);
   });
   FakeClock::Advance(19);
@@ -170,7 +171,7 @@ TEST_F(TimerControllerTest, CallbackMayCreateATimer) {
 
 TEST_F(TimerControllerTest, CallbackMayResetItsOwnTimer) {
   GUID const id = create(10);
-  EXPECT_CALL(mCallback, onTimer("name", id)).WillOnce([&](std::string const&, GUID aId) {
+  EXPECT_CALL(mCallback, onTimer("name", id)).WillOnce([&](std::string const&, GUID const& aId) {
     mController->resetTimer(aId, 1000, -1);
   });
   FakeClock::Advance(1009);
@@ -356,7 +357,7 @@ TEST_P(TimerControllerLog, HoldsTheTextAtItsLevel) {
   LogCapture log;
   TimerController controller;
   NiceMock<MockCallback> callback;
-  ON_CALL(callback, onTimer).WillByDefault([&](std::string const&, GUID aId) {
+  ON_CALL(callback, onTimer).WillByDefault([&](std::string const&, GUID const& aId) {
     controller.destroyTimer(aId, nullptr);
     throw 7;
   });
