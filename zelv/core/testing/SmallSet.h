@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+
+#include "zelv/core/Core.h"
+#include "zelv/interfaces/InterfaceFactory.h"
+#include "zelv/platform/fake/FakeLog.h"
+#include "zelv/platform/fake/TemporaryDirectories.h"
+
+namespace Zelv::Testing {
+
+/// A set with small factory files, on the fakes, with its log. The library does not run at first,
+/// and is stopped at the end.
+class SmallSet {
+ public:
+  static constexpr char const* cConfiguration =
+      "<Configuration><ZelvDiscovery>true</ZelvDiscovery></Configuration>";
+  static constexpr char const* cApplications =
+      "<Applications><ActiveApplication><Name>none</Name><Type/></ActiveApplication>"
+      "</Applications>";
+
+  static constexpr char const* cDiscoveryPath = "/Zelv/Configuration/ZelvDiscovery/text()";
+  static constexpr char const* cNamePath = "/Zelv/Applications/ActiveApplication/Name/text()";
+
+  SmallSet() {
+    directories.putReadOnly("Configuration.xml", cConfiguration);
+    directories.putReadOnly("Applications.xml", cApplications);
+    directories.putReadOnly("Devices.xml", "<Devices/>");
+  }
+  SmallSet(SmallSet const&) = delete;
+  SmallSet& operator=(SmallSet const&) = delete;
+  ~SmallSet() { InterfaceFactory::terminate(); }
+
+  /// Starts the library. @return null when the start failed.
+  static Core* start() { return InterfaceFactory::initialize() ? Core::requestCore() : nullptr; }
+
+  Platform::Fake::TemporaryDirectories directories;
+  Platform::Fake::LogCapture log;
+};
+
+}  // namespace Zelv::Testing
