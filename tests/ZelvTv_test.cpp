@@ -116,8 +116,10 @@ TEST_F(ZelvTv, KeepsAWriteOverARestart) {
 TEST_F(ZelvTv, AValueOfSeveralLinesIsOneLine) {
   auto const tv = Start();
   std::string const path = "/Zelv/Applications/ActiveApplication/Name/text()";
+  std::string const id = Ask(*tv, "sub " + path, "subscribed");
+  EXPECT_EQ(tv->Line(), "data " + id + " " + path + " ");
   Ask(*tv, "set " + path + " one\\ntwo\\\\three", "queued");
-  EXPECT_EQ(Get(*tv, path), "one\\ntwo\\\\three");
+  EXPECT_EQ(tv->Line(), "data " + id + " " + path + " one\\ntwo\\\\three");
 }
 
 TEST_F(ZelvTv, ASubscriberHearsTheValueThenEachChange) {
