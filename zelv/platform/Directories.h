@@ -17,9 +17,10 @@ class ZELV_EXPORT Directories {
   /// unless set.
   static std::string const& Writable();
 
-  /// Sets both; a missing final "/" is added. A host program calls it before
-  /// InterfaceFactory::initialize(), on the same thread; later calls are not seen by what is
-  /// running.
+  /// Sets both, which MUST be plain by Shell::IsPlain() if files are to be seeded and repaired; a
+  /// missing final "/" is added, and an empty name is the current directory. A host program calls
+  /// it before InterfaceFactory::initialize(), on the same thread; later calls are not seen by what
+  /// is running.
   static void Set(std::string const& aReadOnly, std::string const& aWritable);
 };
 

@@ -5,11 +5,12 @@
 
 namespace Zelv::Platform {
 
-/// Writing files that must survive a loss of power.
+/// Writing files that must survive a loss of power. A path that is empty or holds a NUL fails.
 class DurableFile {
  public:
   /// Creates or empties the file, writes all of it and forces it to the storage. True only if each
-  /// step, the closing included, succeeded; on failure the file's content is not defined.
+  /// step, the closing included, succeeded; on failure the file's content is not defined. A pipe
+  /// that nobody reads fails at once.
   static bool Write(std::string const& aPath, char const* aData, std::size_t aSize);
 
   /// Puts aFrom in the place of aTo in one step and forces the directory to the storage. On failure

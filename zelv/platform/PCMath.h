@@ -1,6 +1,6 @@
 #pragma once
 
-/// Numbers from the platform.
+/// Numbers from the platform, on any thread.
 class PCMath {
  public:
   /// The platform's weak random numbers, a fallback for when the real source fails.

@@ -20,7 +20,8 @@ class ZELV_EXPORT ZELV_THREAD_ANNOTATION(capability("mutex")) PCMutex {
   /// Takes the lock, waiting as long as another thread holds it.
   void Lock() ZELV_ACQUIRE();
 
-  /// Releases one level. MUST be called by the owner only.
+  /// Releases one level. MUST be called by the owner only; from others it is logged at error level
+  /// and changes nothing.
   void Unlock() ZELV_RELEASE();
 
   /// True while the calling thread holds the lock.

@@ -4,7 +4,7 @@
 
 #include "zelv/platform/Export.h"
 
-/// The log of the set.
+/// The log of the set. Lines may come from any thread, under any lock, until the process ends.
 class ZELV_EXPORT PCRealDebug {
  public:
   /// Levels; the numbers are those of the set's log and stand in its files.
@@ -20,8 +20,10 @@ class ZELV_EXPORT PCRealDebug {
   /// under any lock of the library: it MUST NOT call back into the library.
   using Sink = void (*)(unsigned long aLevel, char const* aText, void* aUserData);
 
-  /// Writes one line, formatted as by printf. Returns at once when nobody listens to the level. A
-  /// value printed with "%s" is cut at 1,024 bytes, so that no stranger's text fills the log.
+  /// Writes one line, formatted as by printf. Returns at once when nobody listens to the level. No
+  /// value takes more than 1,024 bytes of the line, so that no stranger's text fills the log; a
+  /// null string is shown as "(null)". Throws nothing and leaves errno alone. What a sink logs
+  /// itself is dropped.
   static void Print(unsigned long aLevel, char const* aFormat, ...)
       __attribute__((format(printf, 2, 3)));
 
@@ -40,6 +42,11 @@ class ZELV_EXPORT PCRealDebug {
   static void Silence();
 
   /// Sends lines to aSink instead of standard error; a null pointer brings standard error back.
+  /// When it returns no thread is inside the former sink, whose user data may then go. MUST NOT be
+  /// called by a sink.
+  ///
+  /// On standard error a line is one write, in which control bytes of values are shown as "\n" or
+  /// "\x1b".
   static void SetSink(Sink aSink, void* aUserData);
 
  private:

@@ -16,7 +16,8 @@ class ZELV_EXPORT PCSemaphore {
   ~PCSemaphore();
 
   /// @param aInitial  the count to start with, 0 or more.
-  /// @return non-zero on success, 0 on failure.
+  /// @return non-zero on success, 0 on failure, for a negative count, and for a semaphore that is
+  ///         created already.
   int Create(int aInitial);
 
   /// Waits until the count is above 0 and lowers it by one. Signals do not end the wait.

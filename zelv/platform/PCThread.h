@@ -8,7 +8,9 @@
 ///
 /// Ownership: the object that starts a thread ends it. Whoever derives MUST call Destroy() before
 /// its own members go, at the latest first thing in its destructor; ~PCThread() is too late for
-/// that and only checks.
+/// that: it reports a thread that was not destroyed at error level, and waits for it.
+///
+/// A child made by fork() has none of its parent's threads and MUST NOT destroy their objects.
 class ZELV_EXPORT PCThread {
  public:
   PCThread();
@@ -22,8 +24,8 @@ class ZELV_EXPORT PCThread {
   ///                characters.
   /// @param aStack  the stack asked for, in bytes. The platform MUST give at least 512 KiB,
   ///                whatever is asked.
-  /// @return 0 when no thread could be had, or when this object already has one; non-zero
-  /// otherwise.
+  /// @return 0 when no thread could be had, or when this object already has one, be it finished;
+  ///         non-zero otherwise.
   ///
   /// A finished system thread may be taken again. An exception that leaves t_Main() MUST NOT end
   /// the process: it is logged at error level and the thread ends in order.
@@ -36,7 +38,7 @@ class ZELV_EXPORT PCThread {
   /// MUST NOT be called while a lock is held that t_Main() takes.
   void Destroy();
 
-  /// A number that tells running threads apart, for the log; 0 when no thread was started.
+  /// A number that tells running threads apart, for the log; 0 before Create() and after Destroy().
   unsigned long GetId() const;
 
   /// Ends the system threads that are parked for reuse and waits for them. For hosts that must give
@@ -44,7 +46,8 @@ class ZELV_EXPORT PCThread {
   static void ReleaseParked();
 
  protected:
-  /// The body of the thread.
+  /// The body of the thread. It ends by returning, never by the system's own means, since the
+  /// system thread goes on. Signals of the host are blocked in it.
   virtual void t_Main() = 0;
 
  private:

@@ -12,6 +12,6 @@ class PCTime {
   /// Milliseconds by a clock that never jumps and never goes back; its zero means nothing.
   static std::int64_t MonotonicMs();
 
-  /// Suspends the calling thread for at least this many milliseconds.
+  /// Suspends the calling thread for at least this many milliseconds; signals do not shorten it.
   static void Sleep(unsigned long aMilliseconds);
 };

@@ -17,7 +17,8 @@ class Shell {
   /// A line that holds anything but the characters of IsPlain(), blanks, "*" and ";" is refused: it
   /// is logged at error level and not run. Children inherit no descriptor but the standard three.
   ///
-  /// @return the exit status of the line, 0 being success; -1 when it could not be run.
+  /// @return the exit status of the line, 0 being success; 128 and the number of the signal that
+  ///         ended it; -1 when it could not be run or its status is not known.
   static int Run(std::string const& aLine);
 };
 

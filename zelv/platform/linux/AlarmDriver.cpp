@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "zelv/platform/linux/ThreadJob.h"
 #include "zelv/platform/linux/ThreadPool.h"
@@ -21,6 +22,9 @@ struct Driver {
   /// The thread that serves the alarms, or did so last.
   std::shared_ptr<ThreadJob> thread;
   bool serving = false;
+  /// Threads of the process that this one is a child of. Kept, since they can be waited for no more
+  /// and so not be destroyed.
+  std::vector<std::shared_ptr<ThreadJob>> lost;
   /// The process ends; no alarm is served any more.
   bool closed = false;
 };
@@ -90,7 +94,7 @@ class Closer {
     AlarmSchedule::Lock const lock(AlarmSchedule::Get().Mutex(), std::adopt_lock);
     AlarmSchedule::Get().ForgetOtherThreads(lock);
     driver().serving = false;
-    new std::shared_ptr<ThreadJob>(std::move(driver().thread));
+    driver().lost.push_back(std::move(driver().thread));
   }
 };
 

@@ -42,7 +42,7 @@ ThreadPool& ThreadPool::Get() {
 void ThreadPool::atFork() {
   ::pthread_atfork([] { Get().mLock.lock(); }, [] { Get().mLock.unlock(); },
                    [] {
-                     Get().mParked = nullptr;
+                     Get().mLost = std::exchange(Get().mParked, nullptr);
                      Get().mParkedCount = 0;
                      Get().mHasEnded = false;
                      Get().mLock.unlock();

@@ -67,6 +67,8 @@ class ThreadPool {
   // Guarded by mLock.
   Worker* mParked = nullptr;
   int mParkedCount = 0;
+  /// Those of the process that this one is a child of.
+  Worker* mLost = nullptr;
   int mMostParked = cMostParked;
   /// A thread that ends lays its handle here and joins the one that lay there before. So at most
   /// one ended thread waits to be joined, and nobody need be told.
