@@ -52,6 +52,6 @@ class XPathCharacter {
   static std::array<std::uint8_t, 256> const sKinds;
 };
 
-constexpr std::array<std::uint8_t, 256> XPathCharacter::sKinds = XPathCharacter::table();
+inline constexpr std::array<std::uint8_t, 256> XPathCharacter::sKinds = XPathCharacter::table();
 
 }  // namespace Zelv::Infrastructure

@@ -196,9 +196,12 @@ void XPathScan::operatorName(std::string_view aName) {
   add(Token::Operator);
 }
 
+// Arguments speak for themselves. Without any, these look at no node beyond the candidate.
 void XPathScan::functionName(std::string_view aName) {
-  // These look at no node beyond the candidate.
-  if (!isOneOf(aName, {"position", "last", "true", "false", "name", "local-name"})) {
+  std::size_t const inside = mText.find_first_not_of(" \t\r\n", mAt + 1);
+  bool const hasArguments = inside != std::string_view::npos && mText[inside] != ')';
+  if (!hasArguments &&
+      !isOneOf(aName, {"position", "last", "true", "false", "name", "local-name"})) {
     path();
   }
   add(Token::Function);

@@ -265,12 +265,12 @@ bool XPathWalk::holdsChild(XPathTest const& aTest, TiXmlNode const* aNode) {
 
 // All text below an element; nearly always it is one node, which needs no copy.
 std::string const& XPathWalk::stringValue(TiXmlNode const* aElement) {
-  TiXmlNode const* const only = aElement->FirstChild();
-  if (only && isText(only) && !only->NextSibling()) {
-    return only->ValueStr();
+  TiXmlNode const* const first = aElement->FirstChild();
+  if (first && isText(first) && !first->NextSibling()) {
+    return first->ValueStr();
   }
   mScratch.clear();
-  for (TiXmlNode const* node = aElement; node && spend(); node = following(node, aElement)) {
+  for (TiXmlNode const* node = first; node && spend(); node = following(node, aElement)) {
     if (isText(node)) {
       mScratch += node->ValueStr();
     }
