@@ -16,6 +16,10 @@ namespace Zelv::Controller {
 /// ICoreData::notifyDataSubscriber(), with the transaction id.
 class RemoteDataHandler : public virtual DataTaskHandler, public virtual ICoreDataCallback {
  public:
+  RemoteDataHandler() = default;
+  RemoteDataHandler(RemoteDataHandler const&) = delete;
+  RemoteDataHandler& operator=(RemoteDataHandler const&) = delete;
+
   /// Called before the data worker starts.
   virtual void initialize() = 0;
 
