@@ -17,6 +17,7 @@ XmlRemoval::XmlRemoval(XPathResult const& aMatches, TiXmlNode const* aRoot) {
     }
   }
   std::sort(mNodes.begin(), mNodes.end(), std::less<>());
+  mNodes.erase(std::unique(mNodes.begin(), mNodes.end()), mNodes.end());
 }
 
 bool XmlRemoval::takes(TiXmlNode const* aNode) const {
