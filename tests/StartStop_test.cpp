@@ -16,7 +16,8 @@
 #include "zelv/platform/PCRealDebug.h"
 #include "zelv/platform/PCThread.h"
 
-// A sanitizer brings its own heap, and with it a count of its own.
+// A sanitizer brings its own heap, and with it a count of its own, under a name of its own.
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes() __attribute__((weak));
 
 namespace {
@@ -28,7 +29,7 @@ constexpr int cRounds = 1000;
 constexpr int cWarmUp = 20;
 /// Lists of the allocator and of the C library that settle at different lengths. A loss of 16 bytes
 /// a round would exceed it.
-constexpr std::size_t cSlack = 12 * 1024;
+constexpr std::size_t cSlack = 12288;
 
 std::size_t entriesOf(char const* aDirectory) {
   return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(aDirectory),

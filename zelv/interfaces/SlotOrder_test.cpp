@@ -55,6 +55,8 @@ class After : public Interface {
   virtual void behind() = 0;
 
  protected:
+  // Overrides one in most of the interfaces, but not in all.
+  // NOLINTNEXTLINE(modernize-use-override)
   ~After() = default;
 };
 
