@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "zelv/platform/PlainNumbers.h"
+
 namespace Zelv::Infrastructure {
 
 namespace {
@@ -156,6 +158,7 @@ XPathMirror::XPathMirror(TiXmlDocument const& aDocument) : mDocument(aDocument) 
 void XPathMirror::select(char const* aExpression, TiXmlNode const* aContext,
                          XPathResult& aResult) const {
   aResult.clear();
+  Platform::PlainNumbers const plain;
   try {
     pugi::xpath_query const query(aExpression);
     if (query.return_type() == pugi::xpath_type_node_set) {

@@ -51,8 +51,9 @@ class XPathGenerator {
  private:
   static constexpr std::array<char const*, 5> names = {"a", "b", "Name", "u:x", "Service"};
   static constexpr std::array<char const*, 3> attributes = {"ID", "x", "src"};
-  static constexpr std::array<char const*, 14> values = {
-      "1", "2", "x", "-3", "1.5", " 7 ", "", "abc", "1e3", "999", "0.1", "-", "10.0", "y<&z"};
+  static constexpr std::array<char const*, 16> values = {"1",    "2",    "x",   "-3",  "1.5", " 7 ",
+                                                         "",     "abc",  "1e3", "999", "0.1", "-",
+                                                         "10.0", "y<&z", "a",   "Name"};
 
   bool chance(unsigned aOneIn) { return mSource(aOneIn) == 0; }
   std::string value() { return values[mSource(values.size())]; }
