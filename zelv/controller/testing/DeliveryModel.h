@@ -100,8 +100,7 @@ class DeliveryModel {
   static Events quiet(Events const& aEvents) {
     Events events;
     for (std::string const& event : aEvents) {
-      if (event.find("notifySubscribers: Skipped ") == std::string::npos &&
-          event.find("notifySubscribers: requesting ") == std::string::npos) {
+      if (!begins(event, line("Skipped ")) && !begins(event, line("requesting "))) {
         events.push_back(event);
       }
     }
