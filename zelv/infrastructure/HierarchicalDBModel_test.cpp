@@ -203,13 +203,13 @@ class HierarchicalDBModel : public testing::Test {
 };
 
 TEST_F(HierarchicalDBModel, AgreesOverRandomReadsAndWrites) {
-  constexpr unsigned cDocuments = 6000;
+  constexpr unsigned cDocuments = 5000;
   for (unsigned seed = 1; seed <= cDocuments && !HasFailure(); ++seed) {
-    run(seed, 16);
+    run(seed, 10);
   }
   // The paths must not all miss.
-  EXPECT_GT(mFound, 30000);
-  EXPECT_GT(mChanged, 30000);
+  EXPECT_GT(mFound, 15000);
+  EXPECT_GT(mChanged, 15000);
 }
 
 }  // namespace

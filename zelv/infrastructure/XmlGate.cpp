@@ -102,26 +102,72 @@ class Scanner {
     return behind(aAt, ">");
   }
 
-  /// The first aByte that is not part of a longer character.
+  /// The first aByte that is not part of a longer character or of a reference.
   char const* find(char const* aAt, char aByte) const {
     auto const* hit =
         static_cast<char const*>(std::memchr(aAt, aByte, static_cast<std::size_t>(mEnd - aAt)));
-    if (hit == nullptr || mEncoding != TIXML_ENCODING_UTF8 || !mayBePart(aAt, hit)) {
+    if (hit == nullptr || (!mayBePart(aAt, hit) && !hasReference(aAt, hit))) {
       return hit;
     }
-    while (aAt < mEnd && *aAt != aByte) {
-      aAt += utf8Length(*aAt);
+    while (aAt != nullptr && aAt < mEnd && *aAt != aByte) {
+      aAt = behindCharacter(aAt);
     }
-    return aAt < mEnd ? aAt : nullptr;
+    return aAt != nullptr && aAt < mEnd ? aAt : nullptr;
   }
 
-  static bool mayBePart(char const* aFrom, char const* aHit) {
+  bool mayBePart(char const* aFrom, char const* aHit) const {
+    if (mEncoding != TIXML_ENCODING_UTF8) {
+      return false;
+    }
     for (int back = 1; back < 4 && aHit - back >= aFrom; ++back) {
       if (utf8Length(aHit[-back]) > back) {
         return true;
       }
     }
     return false;
+  }
+
+  static bool hasReference(char const* aFrom, char const* aHit) {
+    while (aFrom < aHit) {
+      aFrom =
+          static_cast<char const*>(std::memchr(aFrom, '&', static_cast<std::size_t>(aHit - aFrom)));
+      if (aFrom == nullptr) {
+        return false;
+      }
+      if (*++aFrom == '#') {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  char const* behindCharacter(char const* aAt) const {
+    int const length = mEncoding == TIXML_ENCODING_UTF8 ? utf8Length(*aAt) : 1;
+    if (length > 1 || aAt[0] != '&' || aAt[1] != '#' || aAt[2] == '\0') {
+      return aAt + length;
+    }
+    return behindReference(aAt + 2);
+  }
+
+  /// The library looks for the end of a numeric reference first and then goes back over its digits,
+  /// to the nearest "x" or "#". So whatever stands before that, tags included, is swallowed.
+  static char const* behindReference(char const* aAt) {
+    char const begin = *aAt == 'x' ? 'x' : '#';
+    char const* const end = aAt[1] != '\0' || begin == '#' ? std::strchr(aAt, ';') : nullptr;
+    if (end == nullptr) {
+      return nullptr;
+    }
+    for (char const* digit = end - 1; *digit != begin; --digit) {
+      if (!isDigit(*digit, begin == 'x')) {
+        return nullptr;
+      }
+    }
+    return end + 1;
+  }
+
+  static bool isDigit(char aByte, bool aHexadecimal) {
+    return (aByte >= '0' && aByte <= '9') ||
+           (aHexadecimal && ((aByte >= 'a' && aByte <= 'f') || (aByte >= 'A' && aByte <= 'F')));
   }
 
   char const* behind(char const* aAt, char const* aText) const {

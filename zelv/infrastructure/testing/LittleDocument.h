@@ -331,7 +331,7 @@ class LittleDocument {
           result += aText[at++];
         }
       }
-      result += escapeAll(aText.substr(at, 1));
+      addEscaped(aText[at], result);
     }
     return result;
   }
@@ -339,27 +339,31 @@ class LittleDocument {
   static std::string escapeAll(std::string const& aText) {
     std::string result;
     for (char const byte : aText) {
-      switch (byte) {
-        case '&':
-          result += "&amp;";
-          break;
-        case '<':
-          result += "&lt;";
-          break;
-        case '>':
-          result += "&gt;";
-          break;
-        case '"':
-          result += "&quot;";
-          break;
-        case '\'':
-          result += "&apos;";
-          break;
-        default:
-          result += byte;
-      }
+      addEscaped(byte, result);
     }
     return result;
+  }
+
+  static void addEscaped(char aByte, std::string& aResult) {
+    switch (aByte) {
+      case '&':
+        aResult += "&amp;";
+        break;
+      case '<':
+        aResult += "&lt;";
+        break;
+      case '>':
+        aResult += "&gt;";
+        break;
+      case '"':
+        aResult += "&quot;";
+        break;
+      case '\'':
+        aResult += "&apos;";
+        break;
+      default:
+        aResult += aByte;
+    }
   }
 
   /// One entity after the other, each until none is left.
