@@ -179,6 +179,20 @@ TEST(EnvironmentController, AskingForAComponentDoesNotWaitForOneThatIsBeingMade)
   EXPECT_TRUE(free);
 }
 
+TEST(EnvironmentController, MayBeAskedWhileOthersRegister) {
+  EnvironmentController controller;
+  auto const asking = std::async(std::launch::async, [&controller] {
+    while (controller.getComponent("99") == nullptr) {
+      controller.getRegisteredComponents();
+    }
+  });
+  for (int i = 0; i < 100; ++i) {
+    controller.registerComponent(std::to_string(i), new Component);
+  }
+  EXPECT_TRUE(endsInTime(asking));
+  EXPECT_EQ(controller.getNumComponents(), 100U);
+}
+
 TEST(EnvironmentController, ClearForgetsTheComponentsWithoutDeletingThem) {
   Component component;
   EnvironmentController controller;

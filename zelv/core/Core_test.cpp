@@ -325,6 +325,20 @@ TEST_F(CoreTest, StopEndsTheTimers) {
   EXPECT_THAT(mListener.all(), IsEmpty());
 }
 
+TEST_F(CoreTest, StopWithTasksUnderWayWaitsForOneAndDropsTheRest) {
+  for (int i = 0; i < 500; ++i) {
+    mCore->setData(SmallSet::cNamePath, std::to_string(i), &mListener, true);
+    mCore->requestData(SmallSet::cNamePath, nullptr, &mListener);
+    mCore->subscribeData("/Zelv/Applications", nullptr, &mListener);
+  }
+  InterfaceFactory::terminate();
+  std::size_t const told = mListener.all().size();
+  ASSERT_NE(SmallSet::start(), nullptr);
+  mCore = Core::requestCore();
+  EXPECT_EQ(read(SmallSet::cDiscoveryPath), "true");
+  EXPECT_EQ(mListener.all().size(), told + 1);
+}
+
 TEST_F(CoreTest, LifetimeCommandsReachOneComponent) {
   add("a");
   add("b");
