@@ -12,8 +12,8 @@ class TimerController;
 /// One timer: an alarm of the platform with an identity.
 ///
 /// Its two flags settle who deletes it. While the alarm's callback runs, the callback may still
-/// touch the timer, so whoever wants it gone only marks it, and the callback's end deletes it. Both
-/// flags are read and changed for that decision under the lock of the controller.
+/// touch the timer, so whoever wants it gone only marks it, and the callback's end deletes it. The
+/// controller decides by both under its lock.
 class Timer {
  public:
   /// Makes the alarm, silent until start(). Values as for PCAlarm::Create(). When the platform has

@@ -119,6 +119,10 @@ TimerController::TimerController() = default;
 
 TimerController::~TimerController() {
   TraceScope trace("TimerController::~TimerController");
+  destroyAllTimers();
+}
+
+void TimerController::destroyAllTimers() {
   for (;;) {
     GUID next;
     {

@@ -36,6 +36,9 @@ class TimerController : public virtual IAppTimer, public virtual ICoreTimer {
   void initialize();
   void terminate();
 
+  /// What the destructor does to the timers, for when those whom they would tell go before it.
+  void destroyAllTimers();
+
   /// A timer's alarm went off. Runs the timer's callback on the calling thread and contains
   /// whatever it throws. Deletes the timer when it was marked meanwhile, so aTimer may be gone
   /// afterwards.

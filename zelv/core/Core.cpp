@@ -93,6 +93,8 @@ void Core::terminate() {
   mDataController.terminate();
   mTimerController.terminate();
   if (thrown) {
+    // Those after the one that threw were not told to end, and may have timers that tell them.
+    mTimerController.destroyAllTimers();
     std::rethrow_exception(thrown);
   }
 }

@@ -11,19 +11,6 @@ namespace Zelv {
 
 namespace {
 
-/// Takes down what a failed start has left. The caller hears of the failed start, not of what goes
-/// wrong here.
-void cleanUp() {
-  try {
-    InterfaceFactory::terminate();
-  } catch (std::exception const& exception) {
-    PCRealDebug::Print(PCRealDebug::Error, "InterfaceFactory::cleanUp: %s", exception.what());
-  } catch (...) {
-    PCRealDebug::Print(PCRealDebug::Error,
-                       "InterfaceFactory::cleanUp: something that is no std::exception.");
-  }
-}
-
 Core* startedCore(char const* aFailure) {
   try {
     return Core::getCore();
@@ -32,7 +19,7 @@ Core* startedCore(char const* aFailure) {
     PCRealDebug::Print(PCRealDebug::Error, "Error: %s: %s", typeid(exception).name(),
                        exception.what());
   }
-  cleanUp();
+  InterfaceFactory::terminate();
   return nullptr;
 }
 
@@ -43,6 +30,8 @@ bool InterfaceFactory::initialize() {
          nullptr;
 }
 
+// Applications are linked against the identifier by value.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 IBase* InterfaceFactory::getInterface(GUID) {
   return startedCore("InterfaceFactory::getInterface() An error ocurred in getInterface:");
 }

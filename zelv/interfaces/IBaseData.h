@@ -11,8 +11,7 @@ namespace Zelv {
 /// Reads, writes and subscriptions on the tree of all data.
 ///
 /// The tree is XML with the root element Zelv, addressed by XPath. A path that begins with "/Zelv/"
-/// or
-/// "/Zelv[@DeviceId='ID']/", with this device's own ID, is local; every other path is remote.
+/// or "/Zelv[@DeviceId='ID']/", with this device's own ID, is local; every other path is remote.
 ///
 /// All operations may be called from any thread. They only check, queue and return; the work is
 /// done on the data worker, one task at a time in the order of the calls, and before the start of
@@ -25,11 +24,9 @@ class ZELV_EXPORT IBaseData : public virtual IBase {
   /// @param aXPath                     a local path.
   /// @param aValue                     the new value.
   /// @param aCallback                  hears of a failure; success is not reported. Not owned. Null
-  /// is
-  ///                                   accepted, and failures are then told to nobody.
+  ///                                   is accepted, and failures are then told to nobody.
   /// @param aNotifyRemoteSubscribers  false keeps the change from subscribers on other devices;
-  /// local
-  ///                                   ones are told in either case.
+  ///                                  local ones are told in either case.
   /// @return the transaction's id.
   /// @throws std::runtime_error "Cannot set data on remote XPath." when the path is not local.
   virtual GUID setData(std::string const& aXPath, std::string const& aValue,
@@ -46,8 +43,7 @@ class ZELV_EXPORT IBaseData : public virtual IBase {
   /// @param aXPath     a local or remote path.
   /// @param aContext   handed back with the answer; not owned, may be null.
   /// @param aCallback  receives the answer through onData(), or onStatus() on failure; not owned,
-  /// not
-  ///                   null.
+  ///                   not null.
   /// @return the transaction's id. For a remote path it stays a subscription's id until
   ///         unsubscribeData() is called with it.
   /// @throws std::runtime_error "Invalid XPath." when the path holds a line feed.

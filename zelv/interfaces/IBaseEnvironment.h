@@ -14,8 +14,7 @@ class ZELV_EXPORT IBaseEnvironment : public virtual IBase {
   /// Registers a component under a name. It is sent no command by this. Safe from any thread.
   ///
   /// @param aComponent  owned by the registry from now on and deleted with it. When the name is
-  /// taken,
-  ///                    the old entry stays, and aComponent remains the caller's.
+  ///                    taken, the old entry stays, and aComponent remains the caller's.
   /// @return a new identifier, also when the name is taken.
   /// @throws std::runtime_error "aCallback is NULL!".
   virtual GUID registerComponent(std::string const& aComponentName,
@@ -29,8 +28,8 @@ class ZELV_EXPORT IBaseEnvironment : public virtual IBase {
   /// any thread.
   virtual std::map<std::string, IBaseLifetimeCallback*> getRegisteredComponents() = 0;
 
-  /// The component of a name, which MUST be registered. Takes no lock: no other thread may be
-  /// registering at the same time.
+  /// The component of a name, null for one that is not registered; it stays the registry's. Never
+  /// waits for another operation on the registry.
   virtual IBaseLifetimeCallback* getComponent(std::string aComponentName) = 0;
 
   ~IBaseEnvironment() override;

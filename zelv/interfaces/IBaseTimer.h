@@ -14,8 +14,7 @@ class ZELV_EXPORT IBaseTimer : public virtual IBase {
   ///
   /// @param aTimeMs     period in milliseconds; 0 counts as 1.
   /// @param aRepeat     how often it goes off; -1 means for ever, 0 counts as once. A timer that
-  /// has
-  ///                    gone off for the last time stays known until it is destroyed.
+  ///                    has gone off for the last time stays known until it is destroyed.
   /// @param aTimerName  handed back to onTimer(); need not be unique.
   /// @param aCallback   not owned; MUST live until destroyTimer() has returned.
   /// @return the timer's id.
@@ -30,8 +29,7 @@ class ZELV_EXPORT IBaseTimer : public virtual IBase {
   /// a lock that onTimer() takes.
   ///
   /// @param aCallback  for an unknown id, receives onStatus() with an empty text and aTimerID, on
-  /// the
-  ///                   calling thread; may be null. Not used otherwise.
+  ///                   the calling thread; may be null. Not used otherwise.
   virtual void destroyTimer(GUID const& aTimerID, IBaseTimerCallback* aCallback) = 0;
 
   /// Starts the period of a timer anew, with new values as for createTimer(). An unknown id is only

@@ -18,8 +18,7 @@ class ZELV_EXPORT ICoreData : public virtual IBaseData {
   /// Registering "/Zelv/Devices" also reads this device's identity from the provider, at once and
   /// on the calling thread.
   ///
-  /// @param aProvider  not owned; MUST live until it is unregistered and the data worker is past
-  /// it.
+  /// @param aProvider  not owned; MUST live until it is unregistered and the data worker is past it.
   /// @throws std::logic_error "Cannot register data provider for remote XPath." or, when the branch
   ///         has a provider, "Duplicate subscription for XPath."; std::invalid_argument when the
   ///         identity read is none.
@@ -28,10 +27,10 @@ class ZELV_EXPORT ICoreData : public virtual IBaseData {
   /// Takes a branch back. An unknown one is only logged.
   virtual void unregisterDataProvider(std::string const& aXPath) = 0;
 
-  /// Does nothing.
+  /// Does nothing but log.
   virtual void unsubscribeForAllData(std::string const& aDeviceID) = 0;
 
-  /// Does nothing.
+  /// Does nothing but log.
   virtual void updateSubscriberStatus(GUID aSubscriptionID, std::string const& aStatus) = 0;
 
   /// Reports a change. Subscribers of exactly this path are told at once, on this thread and under

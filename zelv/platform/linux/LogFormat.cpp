@@ -171,18 +171,18 @@ class Formatter {
 
   template <typename Value>
   bool put(Conversion const& aConversion, Value aValue) {
-    std::string specification = "%" + aConversion.flags;
+    std::string conversion = "%" + aConversion.flags;
     if (aConversion.width != -1) {
-      specification += std::to_string(aConversion.width);
+      conversion += std::to_string(aConversion.width);
     }
     if (aConversion.precision != -1) {
-      specification += '.' + std::to_string(aConversion.precision);
+      conversion += '.' + std::to_string(aConversion.precision);
     }
-    specification += aConversion.length;
-    specification += aConversion.type;
+    conversion += aConversion.length;
+    conversion += aConversion.type;
     // Holds the longest double with the longest precision.
     char text[6 * LogFormat::cMostOfValue];
-    int const size = std::snprintf(text, sizeof text, specification.c_str(), aValue);
+    int const size = std::snprintf(text, sizeof text, conversion.c_str(), aValue);
     if (size < 0) {
       mText += "(?)";
       return true;
