@@ -3,7 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <functional>
 #include <string>
+#include <thread>
+#include <utility>
+#include <vector>
 
 #include "zelv/infrastructure/testing/XPathAnswers.h"
 
@@ -248,6 +253,32 @@ TEST(XPathExpression, ForgetsFormerMatches) {
   XPathExpression("/a/b").evaluate(&tree.document(), result);
   XPathExpression("/a/c").evaluate(&tree.document(), result);
   EXPECT_TRUE(result.empty());
+}
+
+TEST(XPathExpression, MayBeEvaluatedByManyThreadsAtOnce) {
+  XPathAnswers home(devices);
+  XPathExpression const walked("/Devices/*/LastHeartBeat[text()<1000]/parent::*/@ID");
+  XPathExpression const mirrored("/descendant::*[@ID='p2' or @ID='t1']/@ID");
+  TiXmlNode const* const top = home.document().RootElement();
+  auto const evaluate = [&](std::size_t& aMatches) {
+    XPathResult result;
+    for (int times = 0; times < 50; ++times) {
+      walked.evaluate(top, result);
+      aMatches += result.size();
+      mirrored.evaluate(top, result);
+      aMatches += result.size();
+    }
+  };
+  std::array<std::size_t, 4> matches{};
+  std::vector<std::thread> threads;
+  threads.reserve(matches.size());
+  for (std::size_t& count : matches) {
+    threads.emplace_back(evaluate, std::ref(count));
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_THAT(matches, ::testing::Each(200U));
 }
 
 }  // namespace
