@@ -28,7 +28,6 @@ using ::testing::HasSubstr;
 using Zelv::GUID;
 using Zelv::Platform::Fake::LogCapture;
 using Zelv::Testing::Listener;
-using Zelv::Testing::Told;
 
 constexpr char const* cName = "/Zelv/Applications/ActiveApplication/Name/text()";
 constexpr char const* cFile = "Applications.xml";

@@ -40,7 +40,7 @@ EnvironmentController::EnvironmentController(MakeProvider aMakeProvider)
 
 EnvironmentController::~EnvironmentController() {
   TCAutoLock lock(mMutex);
-  for (auto const& entry : getRegisteredComponents()) {
+  for (auto const& entry : EnvironmentController::getRegisteredComponents()) {
     PCRealDebug::Print(PCRealDebug::Trace,
                        "EnvironmentController::~EnvironmentController: Removing component '%s' "
                        "from Environment List",
@@ -126,7 +126,7 @@ void EnvironmentController::createProvider(Standard const& aStandard) {
     throw std::runtime_error("component is NULL!");
   }
   if (insert(aStandard.name, component.get())) {
-    component.release();
+    static_cast<void>(component.release());
   }
 }
 

@@ -17,7 +17,6 @@ namespace {
 using Platform::Fake::FakeClock;
 using Testing::Listener;
 using Testing::SmallSet;
-using Testing::Told;
 
 std::string repeated(std::string const& aText, int aCount) {
   std::string text;
