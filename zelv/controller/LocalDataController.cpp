@@ -180,6 +180,10 @@ void LocalDataController::getData(std::string const& aXPath, ContextInformation 
                        exception.what());
     reportFailure(aCallback, exception, aTransactionID);
     return;
+  } catch (...) {
+    // The worker says what came out; the reader learns that nothing will come.
+    reportFailure(aCallback, std::exception(), aTransactionID);
+    throw;
   }
   if (aCallback == nullptr) {
     PCRealDebug::Print(PCRealDebug::Warning,
@@ -226,6 +230,9 @@ void LocalDataController::runSet(IDataProvider* aProvider, GUID const& aTransact
         "LocalDataController::executeSetData: Exception in IDataProvider::setData: %s",
         exception.what());
     reportFailure(aCallback, exception, aTransactionID);
+  } catch (...) {
+    reportFailure(aCallback, std::exception(), aTransactionID);
+    throw;
   }
 }
 
@@ -244,6 +251,9 @@ void LocalDataController::runAdd(IDataProvider* aProvider, GUID const& aTransact
         "LocalDataController::executeSetData: Exception in IDataProvider::addData: %s",
         exception.what());
     reportFailure(aCallback, exception, aTransactionID);
+  } catch (...) {
+    reportFailure(aCallback, std::exception(), aTransactionID);
+    throw;
   }
 }
 

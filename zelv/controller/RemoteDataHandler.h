@@ -27,6 +27,9 @@ class RemoteDataHandler : public virtual DataTaskHandler, public virtual ICoreDa
   /// still be running a task.
   virtual void terminate() = 0;
 
+  // The three below may come from any thread and under the lock of the subscriptions, so they must
+  // not wait for a thread that uses the tree.
+
   /// No device is left: drops all queues and subscriptions of devices.
   virtual void removeAllRemoteDeviceService() = 0;
 

@@ -57,8 +57,8 @@ class ZELV_EXPORT IBaseData : public virtual IBase {
   virtual GUID subscribeData(std::string const& aXPath, ContextInformation const* aContext,
                              IBaseDataCallback* aCallback) = 0;
 
-  /// Ends a subscription. An unknown id does nothing. MUST NOT be called for the subscription whose
-  /// onData() is running.
+  /// Ends a subscription. An unknown id does nothing. May be called from within onData(), that of
+  /// the subscription itself included.
   virtual void unsubscribeData(GUID aSubscriptionID) = 0;
 
   ~IBaseData() override;

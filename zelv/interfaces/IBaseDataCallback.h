@@ -16,8 +16,8 @@ class ZELV_EXPORT IBaseDataCallback : public virtual IBaseStatusCallback {
   ///
   /// Answers and first deliveries come on the data worker, so a callback that blocks delays all
   /// data traffic. A change of exactly the subscribed path comes on the thread that reported it,
-  /// under the locks of the data controller: it may call back into the library, but MUST NOT wait
-  /// for another thread that does, and MUST NOT remove the subscription that it is being told of.
+  /// under the lock of the subscriptions: it may call back into the library, but MUST NOT wait
+  /// for another thread that does.
   ///
   /// @param aXPath          the path as the caller wrote it.
   /// @param aValue          the value; several nodes are joined by the six characters "&#x13;".

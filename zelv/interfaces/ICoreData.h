@@ -18,7 +18,8 @@ class ZELV_EXPORT ICoreData : public virtual IBaseData {
   /// Registering "/Zelv/Devices" also reads this device's identity from the provider, at once and
   /// on the calling thread.
   ///
-  /// @param aProvider  not owned; MUST live until it is unregistered and the data worker is past it.
+  /// @param aProvider  not owned; MUST live until it is unregistered and the data worker is past
+  /// it.
   /// @throws std::logic_error "Cannot register data provider for remote XPath." or, when the branch
   ///         has a provider, "Duplicate subscription for XPath."; std::invalid_argument when the
   ///         identity read is none.
@@ -34,7 +35,7 @@ class ZELV_EXPORT ICoreData : public virtual IBaseData {
   virtual void updateSubscriberStatus(GUID aSubscriptionID, std::string const& aStatus) = 0;
 
   /// Reports a change. Subscribers of exactly this path are told at once, on this thread and under
-  /// the locks of the data controller; subscribers above and below are told later, on the data
+  /// the lock of the subscriptions; subscribers above and below are told later, on the data
   /// worker, with the value that their own path then has.
   ///
   /// @param aXPath          what changed; must begin with "/Zelv", else the report is logged and
