@@ -101,8 +101,9 @@ class ZELV_EXPORT Core : public virtual ICoreData,
   void destroyTimer(GUID const& aTimerID, IBaseTimerCallback* aCallback) override;
   void resetTimer(GUID const& aTimerID, unsigned int aTimeMs, int aRepeat) override;
 
-  /// @name Deliberately not passed on These log a warning and return; a component that was once
-  /// registered stays until the end.
+  /// @name Deliberately not passed on
+  ///
+  /// These log a warning and return; a component that was once registered stays until the end.
   /// @{
   void unregisterComponent(std::string const& aComponentName) override;
   void updateSubscriberStatus(GUID aSubscriptionID, std::string const& aStatus) override;
