@@ -23,7 +23,7 @@ TiXmlDocument const* documentOf(TiXmlNode const* aNode) {
   return aNode->ToDocument();
 }
 
-// The result hands the tree's nodes on as the caller may change them, as the seam always did.
+// Callers change and remove what they find; evaluation itself changes nothing.
 TiXmlNode* changeable(TiXmlNode const* aNode) {
   return const_cast<TiXmlNode*>(aNode);
 }

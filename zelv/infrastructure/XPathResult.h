@@ -68,12 +68,6 @@ class XPathResult {
     mItems[mSize++] = aItem;
   }
 
-  /// Forgets all but the first aSize items. REQUIRES: aSize <= size().
-  void shrink(std::size_t aSize) {
-    assert(aSize <= mSize);
-    mSize = aSize;
-  }
-
  private:
   static constexpr std::size_t few = 8;
 
