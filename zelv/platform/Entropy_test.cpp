@@ -44,6 +44,7 @@ TEST(Entropy, GivesNothingWhenNothingIsAsked) {
 
 TEST(Entropy, MayBeAskedOnSeveralThreads) {
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([] {
       std::array<char, 16> buffer;

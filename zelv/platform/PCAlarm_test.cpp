@@ -398,6 +398,7 @@ TEST(PCAlarm, GoesOnAfterAnythingElseThatLeftTheCallback) {
 
 TEST(PCAlarm, MayBeCreatedResetAndDestroyedOnManyThreadsAtOnce) {
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([] {
       for (int round = 0; round < 100; ++round) {

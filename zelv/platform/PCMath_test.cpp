@@ -11,6 +11,7 @@ namespace {
 
 std::vector<long> draw(int aCount) {
   std::vector<long> numbers;
+  numbers.reserve(static_cast<std::size_t>(aCount));
   for (int i = 0; i < aCount; ++i) {
     numbers.push_back(PCMath::Random(0));
   }
@@ -51,6 +52,7 @@ TEST(PCMath, DoesNotSoonRepeatItself) {
 
 TEST(PCMath, MayBeAskedOnSeveralThreads) {
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([] {
       for (long const number : draw(1000)) {

@@ -72,6 +72,7 @@ TEST(PCMutex, LetsOneThreadInAtATimeThoughAllGoInSeveralTimes) {
   PCMutex mutex;
   int counter = 0;
   std::vector<std::thread> threads;
+  threads.reserve(cThreads);
   for (int i = 0; i < cThreads; ++i) {
     threads.emplace_back([&] {
       for (int round = 0; round < cRounds; ++round) {

@@ -16,7 +16,6 @@
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using Zelv::Platform::Fake::LogCapture;
 using Zelv::Platform::Fake::LogLine;
@@ -184,6 +183,7 @@ TEST(PCRealDebug, TakesLinesFromManyThreads) {
   constexpr int cLines = 500;
   LogCapture log;
   std::vector<std::thread> threads;
+  threads.reserve(cThreads);
   for (int i = 0; i < cThreads; ++i) {
     threads.emplace_back([i] {
       for (int line = 0; line < cLines; ++line) {
@@ -232,6 +232,7 @@ TEST(PCRealDebug, MayChangeSinksWhileThreadsLogWithoutAPause) {
   };
   PCRealDebug::SetSink(sink, &received);
   std::vector<std::thread> threads;
+  threads.reserve(3);
   for (int i = 0; i < 3; ++i) {
     threads.emplace_back([&stop] {
       while (!stop) {

@@ -11,14 +11,12 @@
 
 #include "zelv/platform/PCAlarm.h"
 #include "zelv/platform/PCTime.h"
-#include "zelv/platform/TestPlatform.h"
 
 namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using Zelv::Platform::Fake::FakeClock;
-using Zelv::Platform::Testing::Event;
 
 class FakeClockTest : public ::testing::Test {
  protected:

@@ -15,7 +15,6 @@
 
 namespace {
 
-using Zelv::Platform::AlarmDriver;
 using Zelv::Platform::ThreadPool;
 using Zelv::Platform::Testing::Event;
 using Zelv::Platform::Testing::LetPassUntil;
