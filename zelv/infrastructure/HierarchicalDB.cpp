@@ -175,7 +175,9 @@ int HierarchicalDB::getContent(std::string const& aXPath, std::string& aResult) 
 
 int HierarchicalDB::answer(Query& aQuery, std::string& aResult) const {
   XPathResult matches;
-  aQuery.expression().evaluate(root(), matches);
+  if (!aQuery.expression().evaluate(root(), matches)) {
+    return -1;
+  }
   if (!matches.empty()) {
     if (QueryAnswer::make(matches, aQuery.asksNames(), aResult)) {
       return 0;
@@ -327,7 +329,9 @@ int HierarchicalDB::writeElements(TiXmlElement& aTarget, std::string aPath,
     return refuse(objection);
   }
   XPathResult matches;
-  XPathExpression(aPath).evaluate(root(), matches);
+  if (!XPathExpression(aPath).evaluate(root(), matches)) {
+    return refuse("the path");
+  }
   XmlRemoval removal(matches, root());
   if (!fragment.empty() && removal.takes(&aTarget)) {
     return refuse("the value would be linked into what it replaces");

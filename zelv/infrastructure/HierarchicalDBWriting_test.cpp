@@ -153,6 +153,31 @@ TEST_F(HierarchicalDBWriting, LosesTheOldElementToAValueWithoutAnyElement) {
   }
 }
 
+TEST_F(HierarchicalDBWriting, ChangesNothingForAPathThatALimitRefuses) {
+  std::string predicates;
+  for (int count = 0; count < 17; ++count) {
+    predicates += "[@x='1']";
+  }
+  load("<a><b x='1'>old</b></a>");
+  EXPECT_EQ(write("/a/b" + predicates, "<b>new</b>"), -1);
+  EXPECT_EQ(write("/a/b" + predicates, ""), -1);
+  EXPECT_EQ(write("/a/b[@x='" + std::string(2048, 'x') + "']", "<b>new</b>"), -1);
+  EXPECT_EQ(all(), "<a><b x='1'>old</b></a>");
+  EXPECT_EQ(write("/a/b" + predicates.substr(8), "<b>new</b>"), 0);
+  EXPECT_EQ(all(), "<a><b>new</b></a>");
+}
+
+TEST_F(HierarchicalDBWriting, LinksAWholePhoneWithAnEndTagThatIsNotItsOwn) {
+  load("<Devices/>");
+  std::string const services(5000, 's');
+  EXPECT_EQ(write("/Devices/Mobile[@ID='x']", "<Mobile ID='x'><Name>n</Name><Services>" + services +
+                                                  "</Services><LastHeartBeat>1</LastHeartBeat>"
+                                                  "</RemoteTV>"),
+            0);
+  EXPECT_THAT(read("/Devices/*[LastHeartBeat<2]/@ID"), Optional(std::string("x")));
+  EXPECT_THAT(read("/Devices/Mobile[@ID='x']/Services/text()"), Optional(services));
+}
+
 TEST_F(HierarchicalDBWriting, LinksWhatStandsBeforeAnErrorInTheValue) {
   load("<Devices><Mobile ID='x'>old</Mobile></Devices>");
   // Devices announce themselves with the end tag of another element.

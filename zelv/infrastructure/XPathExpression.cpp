@@ -47,26 +47,34 @@ XPathExpression::XPathExpression(XPathExpression&&) noexcept = default;
 XPathExpression& XPathExpression::operator=(XPathExpression&&) noexcept = default;
 XPathExpression::~XPathExpression() = default;
 
-void XPathExpression::evaluate(TiXmlNode const* aContext, XPathResult& aResult) const {
+bool XPathExpression::evaluate(TiXmlNode const* aContext, XPathResult& aResult) const {
   aResult.clear();
-  TiXmlDocument const* const document = aContext && mText ? documentOf(aContext) : nullptr;
+  if (!mText) {
+    return false;
+  }
+  TiXmlDocument const* const document = aContext ? documentOf(aContext) : nullptr;
   if (!document) {
-    return;
+    return true;
   }
   if (mPlan) {
-    walk(mPlan->absolute ? document : aContext, aResult);
-  } else if (mGate.admits(XPathExtent::of(*document))) {
-    XPathMirror(*document).select(mText.get(), aContext, aResult);
+    return walk(mPlan->absolute ? document : aContext, aResult);
   }
+  if (!mGate.admits(XPathExtent::of(*document))) {
+    return false;
+  }
+  XPathMirror(*document).select(mText.get(), aContext, aResult);
+  return true;
 }
 
-void XPathExpression::walk(TiXmlNode const* aStart, XPathResult& aResult) const {
+bool XPathExpression::walk(TiXmlNode const* aStart, XPathResult& aResult) const {
   if (!XPathWalk(*mPlan, aResult).run(changeable(aStart))) {
     PCRealDebug::Print(PCRealDebug::Warning,
                        "XPathExpression::evaluate: more than %llu nodes to look at, refused.",
                        static_cast<unsigned long long>(XPathGate::maximumCost));
     aResult.clear();
+    return false;
   }
+  return true;
 }
 
 }  // namespace Zelv::Infrastructure

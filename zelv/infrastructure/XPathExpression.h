@@ -41,10 +41,12 @@ class XPathExpression {
   /// aContext belongs to, others at aContext itself.
   /// @param aContext  a node of a document, or a document; for any other, and for null, there is
   ///                  no result. The result refers to its tree.
-  void evaluate(TiXmlNode const* aContext, XPathResult& aResult) const;
+  /// @return false when a limit refused the evaluation; what there is at the path is then not
+  /// known.
+  bool evaluate(TiXmlNode const* aContext, XPathResult& aResult) const;
 
  private:
-  void walk(TiXmlNode const* aStart, XPathResult& aResult) const;
+  bool walk(TiXmlNode const* aStart, XPathResult& aResult) const;
 
   /// Ends in a NUL. Never moves: the plan's names are views of it.
   std::unique_ptr<char[]> mText;
