@@ -21,7 +21,6 @@ using Platform::Fake::LogCapture;
 using Platform::Fake::Logged;
 using ::testing::_;
 using Testing::FakeProvider;
-using Testing::Heard;
 using ::testing::InSequence;
 using ::testing::Invoke;
 using Testing::MockRemoteDataHandler;
@@ -29,7 +28,6 @@ using ::testing::NiceMock;
 using ::testing::Not;
 using Testing::RecordingCallback;
 using ::testing::SizeIs;
-using ::testing::StrictMock;
 
 char const cAddressPath[] = "/Zelv/Devices/LocalTV/Interfaces/NetworkInterface/IPv4/Address/text()";
 char const cDiscoveredPath[] = "/Zelv/Devices/Mobile/@ID";

@@ -25,7 +25,6 @@ namespace {
 using Platform::Fake::FakeThreads;
 using Platform::Fake::LogCapture;
 using Platform::Fake::Logged;
-using ::testing::_;
 using Testing::Elsewhere;
 using Testing::FakeProvider;
 using Testing::Heard;

@@ -268,7 +268,7 @@ void DataSubscriptionManager::notifyByPlan(std::string const& aXPath, std::strin
 }
 
 std::shared_ptr<DeliveryPlan const> DataSubscriptionManager::planOf(std::string const& aXPath) {
-  if (auto const known = mPlans.find(aXPath, mGeneration)) {
+  if (auto known = mPlans.find(aXPath, mGeneration)) {
     return known;
   }
   if (mIndexGeneration != mGeneration) {
@@ -281,7 +281,7 @@ std::shared_ptr<DeliveryPlan const> DataSubscriptionManager::planOf(std::string 
     mIndexGeneration = mGeneration;
   }
   ChangedPath const change(aXPath);
-  auto const plan = std::make_shared<DeliveryPlan const>(
+  auto plan = std::make_shared<DeliveryPlan const>(
       DeliveryPlan{aXPath, mGeneration, mIndex.stepsOf(change)});
   mPlans.keep(plan);
   return plan;

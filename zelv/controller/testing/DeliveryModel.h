@@ -72,11 +72,12 @@ class DeliveryModel {
     std::string qC;
     std::string const pS = Literal::firstPredicate(S, qS);
     std::string const pC = Literal::firstPredicate(C, qC);
-    if (pS != "" && pC != "" && qS == qC && begins(pS, "@ID") && begins(pC, "@ID") && pS != pC) {
+    if (!pS.empty() && !pC.empty() && qS == qC && begins(pS, "@ID") && begins(pC, "@ID") &&
+        pS != pC) {
       return {line("Skipped change in sibling node (different ID).")};
     }
     std::string const lastOfS = Literal::lastStep(S);
-    if (Literal::lastStep(C) == "text()" && pS == "" && lastOfS != "" && lastOfS[0] == '@') {
+    if (Literal::lastStep(C) == "text()" && pS.empty() && !lastOfS.empty() && lastOfS[0] == '@') {
       return {line("Skipped subscription for unchanged attribute.")};
     }
     std::string const C2 = Literal::removePredicates(Literal::before(C, "/text()"));
@@ -114,7 +115,7 @@ class DeliveryModel {
 
   /// As the log shows a text: up to its first NUL, cut at 1,024 bytes.
   static std::string shown(std::string const& aText) {
-    return std::string(aText.c_str()).substr(0, 1024);
+    return aText.substr(0, aText.find('\0')).substr(0, 1024);
   }
 };
 

@@ -32,7 +32,8 @@ inline std::ostream& operator<<(std::ostream& aStream, Heard const& aHeard) {
                  << aHeard.value << "' " << aHeard.id.toString();
 }
 
-/// Notes what it hears, on whatever thread, and then does what the test wants done.
+/// Notes what it hears, on whatever thread, and then does what the test wants done. Without a
+/// reaction it may go as soon as the last call was waited for.
 class RecordingCallback : public virtual ICoreDataCallback {
  public:
   using Reaction = std::function<void(Heard const&)>;
@@ -76,12 +77,14 @@ class RecordingCallback : public virtual ICoreDataCallback {
 
  private:
   void note(Heard const& aHeard) {
+    // Once the call is noted a test may go on, and this object go with it.
+    bool const reacts = static_cast<bool>(reaction);
     {
       std::lock_guard lock(mLock);
       mHeard.push_back(aHeard);
       mGrown.notify_all();
     }
-    if (reaction) {
+    if (reacts) {
       reaction(aHeard);
     }
   }
