@@ -11,7 +11,9 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
+#include <utility>
 
 namespace {
 
@@ -29,18 +31,46 @@ bool isReadable(int aDescriptor) {
 
 }  // namespace
 
-TvProcess::TvProcess(std::vector<std::string> const& aArguments, std::string const& aLogFile) {
+TvProcess::TvProcess(std::vector<std::string> const& aArguments, std::string const& aLogFile,
+                     Channel aChannel) {
   // A child that has gone shows as a failed write, not as the end of the tests.
   std::signal(SIGPIPE, SIG_IGN);
+  std::array<int, 2> childEnds{-1, -1};
+  if (!open(aChannel, childEnds)) {
+    ADD_FAILURE() << "no way to talk to zelv-tv";
+    return;
+  }
+  spawn(aArguments, aLogFile, childEnds);
+  ::close(childEnds[0]);
+  ::close(childEnds[1]);
+}
+
+bool TvProcess::open(Channel aChannel, std::array<int, 2>& aChildEnds) {
+  if (aChannel == Channel::Terminal) {
+    mInput = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    std::array<char, 128> name{};
+    if (::grantpt(mInput) != 0 || ::unlockpt(mInput) != 0 ||
+        ::ptsname_r(mInput, name.data(), name.size()) != 0) {
+      return false;
+    }
+    mOutput = ::fcntl(mInput, F_DUPFD_CLOEXEC, 0);
+    aChildEnds[0] = ::open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    aChildEnds[1] = ::fcntl(aChildEnds[0], F_DUPFD_CLOEXEC, 0);
+    return aChildEnds[1] >= 0;
+  }
   std::array<int, 2> input{};
   std::array<int, 2> output{};
   if (::pipe2(input.data(), O_CLOEXEC) != 0 || ::pipe2(output.data(), O_CLOEXEC) != 0) {
-    ADD_FAILURE() << "no pipes";
-    return;
+    return false;
   }
   mInput = input[1];
   mOutput = output[0];
+  aChildEnds = {input[0], output[1]};
+  return true;
+}
 
+void TvProcess::spawn(std::vector<std::string> const& aArguments, std::string const& aLogFile,
+                      std::array<int, 2> const& aChildEnds) {
   std::vector<char*> arguments{const_cast<char*>(ZELV_TEST_TV)};
   for (std::string const& argument : aArguments) {
     arguments.push_back(const_cast<char*>(argument.c_str()));
@@ -48,8 +78,8 @@ TvProcess::TvProcess(std::vector<std::string> const& aArguments, std::string con
   arguments.push_back(nullptr);
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, aChildEnds[0], STDIN_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, aChildEnds[1], STDOUT_FILENO);
   posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, aLogFile.c_str(),
                                    O_WRONLY | O_CREAT | O_APPEND, 0666);
   if (::posix_spawn(&mProcess, ZELV_TEST_TV, &actions, nullptr, arguments.data(), environ) != 0) {
@@ -57,12 +87,13 @@ TvProcess::TvProcess(std::vector<std::string> const& aArguments, std::string con
     mProcess = -1;
   }
   posix_spawn_file_actions_destroy(&actions);
-  ::close(input[0]);
-  ::close(output[1]);
 }
 
 TvProcess::~TvProcess() {
   EndInput();
+  if (mProcess > 0) {
+    EXPECT_EQ(ExitStatus(), 0);
+  }
   if (mProcess > 0) {
     ::kill(mProcess, SIGKILL);
     ::waitpid(mProcess, nullptr, 0);
@@ -124,10 +155,22 @@ std::string TvProcess::Line() {
   return line;
 }
 
-bool TvProcess::SaysNothingMore() {
+void TvProcess::WaitFor(std::string const& aText) {
+  std::size_t at = mBytes.find(aText);
+  while (at == std::string::npos) {
+    if (!readMore()) {
+      ADD_FAILURE() << "no '" << aText << "'; left: '" << mBytes << "'";
+      return;
+    }
+    at = mBytes.find(aText);
+  }
+  mBytes.erase(0, at + aText.size());
+}
+
+std::string TvProcess::Rest() {
   while (readMore()) {
   }
-  return mBytes.empty();
+  return std::exchange(mBytes, {});
 }
 
 void TvProcess::Signal(int aSignal) {

@@ -2,19 +2,25 @@
 
 #include <sys/types.h>
 
+#include <array>
 #include <optional>
 #include <string>
 #include <vector>
 
-/// A zelv-tv of its own process, spoken to through pipes. Each wait is bounded; one that ends in
-/// vain fails the test and shows what came instead.
+/// A zelv-tv of its own process, spoken to through pipes or as at a terminal. Each wait is bounded;
+/// one that ends in vain fails the test and shows what came instead.
 class TvProcess {
  public:
+  /// What its standard input and output are.
+  enum class Channel { Pipes, Terminal };
+
   /// Starts it with these arguments; standard error goes to a file of the test's choice.
-  TvProcess(std::vector<std::string> const& aArguments, std::string const& aLogFile);
+  TvProcess(std::vector<std::string> const& aArguments, std::string const& aLogFile,
+            Channel aChannel = Channel::Pipes);
   TvProcess(TvProcess const&) = delete;
   TvProcess& operator=(TvProcess const&) = delete;
-  /// Kills it if it still runs.
+  /// One that still runs is to end in order now, and is killed if it does not; so what the
+  /// sanitizers find at the end of a process fails the test.
   ~TvProcess();
 
   /// Writes one line.
@@ -27,7 +33,11 @@ class TvProcess {
   /// The next line that it prints; empty, with a failure, when none comes.
   std::string Line();
   /// True if standard output ends without a further line.
-  bool SaysNothingMore();
+  bool SaysNothingMore() { return Rest().empty(); }
+  /// Waits for this text, wherever it stands, and takes all up to it and itself away.
+  void WaitFor(std::string const& aText);
+  /// All that it prints until its standard output ends.
+  std::string Rest();
 
   /// Stops reading what it prints.
   void EndOutput();
@@ -40,6 +50,10 @@ class TvProcess {
   std::optional<int> ExitStatus();
 
  private:
+  /// Makes both ends of the channel; false if there are none.
+  bool open(Channel aChannel, std::array<int, 2>& aChildEnds);
+  void spawn(std::vector<std::string> const& aArguments, std::string const& aLogFile,
+             std::array<int, 2> const& aChildEnds);
   bool readMore();
 
   pid_t mProcess = -1;

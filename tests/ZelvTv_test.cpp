@@ -218,6 +218,26 @@ TEST_F(ZelvTv, ShowsNoPromptToAProgram) {
   EXPECT_EQ(tv->ExitStatus(), 0);
 }
 
+TEST_F(ZelvTv, ShowsAPromptToAPersonWheneverItListens) {
+  TvProcess tv(Arguments(), Log(), TvProcess::Channel::Terminal);
+  tv.WaitFor("ready - -\r\nzelv> ");
+  tv.Say("get");
+  tv.WaitFor("error an argument is missing; usage: get PATH\r\nzelv> ");
+  tv.Say("timer 1 tea");
+  tv.WaitFor("fired ");
+  tv.WaitFor(" tea\r\nzelv> ");
+  tv.Say("quit");
+  EXPECT_EQ(tv.ExitStatus(), 0);
+}
+
+TEST_F(ZelvTv, LeavesTheTerminalOnAFreshLineAtASignal) {
+  TvProcess tv(Arguments(), Log(), TvProcess::Channel::Terminal);
+  tv.WaitFor("zelv> ");
+  tv.Signal(SIGTERM);
+  EXPECT_EQ(tv.Rest(), "\r\n");
+  EXPECT_EQ(tv.ExitStatus(), 0);
+}
+
 TEST_F(ZelvTv, TheEndOfTheInputEndsItWithEveryAnswerGiven) {
   auto const tv = Start();
   std::string const id = Ask(*tv, std::string("sub ") + kPing, "subscribed");

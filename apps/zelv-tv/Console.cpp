@@ -38,7 +38,7 @@ int Console::Run() {
   }
   settle();
   if (mPrompted) {
-    mWriter.Text("\n");
+    mWriter.TextIfRoom("\n");
   }
   return mState == State::Broken ? 1 : 0;
 }

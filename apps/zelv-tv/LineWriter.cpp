@@ -32,6 +32,13 @@ bool LineWriter::Text(std::string_view aText) {
   return true;
 }
 
+void LineWriter::TextIfRoom(std::string_view aText) {
+  pollfd descriptor{mDescriptor, POLLOUT, 0};
+  if (::poll(&descriptor, 1, 0) == 1) {
+    [[maybe_unused]] ssize_t const count = ::write(mDescriptor, aText.data(), aText.size());
+  }
+}
+
 bool LineWriter::waitForRoom() const {
   std::array<pollfd, 2> descriptors{{{mDescriptor, POLLOUT, 0}, {mStop, POLLIN, 0}}};
   while (::poll(descriptors.data(), descriptors.size(), -1) < 0) {

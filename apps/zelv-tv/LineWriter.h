@@ -17,6 +17,9 @@ class LineWriter {
   /// Writes the text alone; otherwise as Line().
   bool Text(std::string_view aText);
 
+  /// Writes a few bytes if there is room for them now, also when the program is told to end.
+  void TextIfRoom(std::string_view aText);
+
  private:
   bool waitForRoom() const;
 
