@@ -29,7 +29,7 @@ TEST(XmlText, PutsNulsBehindATextThatEndsWithinACharacter) {
   for (std::string const& source :
        {"x\xC3"s, "x\xE2"s, "x\xE2\x82"s, "x\xF0"s, "x\xF0\x9F"s, "x\xF0\x9F\x98"s, "\xF0\0abc"s}) {
     XmlText const text(source);
-    EXPECT_EQ(std::string(text.data()), std::string(source.c_str()));
+    EXPECT_EQ(std::string(text.data()), source.substr(0, source.find('\0')));
     for (std::size_t behind = 0; behind < 4; ++behind) {
       EXPECT_EQ(text.data()[text.size() + behind], '\0');
     }

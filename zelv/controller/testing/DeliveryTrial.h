@@ -52,7 +52,7 @@ class DeliveryTrial {
   std::function<void(std::string const& aId)> whenTold;
 
   std::string add(std::string const& aPath, std::size_t aSubscriber, bool aOneTime) {
-    std::string const id =
+    std::string id =
         mManager.addSubscription(aPath, subscriber(aSubscriber), nullptr, aOneTime).toString();
     table.push_back({id, aPath, aOneTime, aSubscriber});
     return id;

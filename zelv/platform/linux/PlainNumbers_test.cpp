@@ -25,7 +25,6 @@ class PlainNumbersTest : public ::testing::Test {
 TEST_F(PlainNumbersTest, TakeTheThreadOutOfItsLocaleWhileTheyLive) {
   PlainNumbers const plain;
   EXPECT_NE(uselocale(nullptr), mOwn);
-  EXPECT_STREQ(std::localeconv()->decimal_point, ".");
   EXPECT_EQ(std::strtod("1.5", nullptr), 1.5);
 }
 

@@ -14,7 +14,6 @@ namespace {
 
 using Zelv::Platform::ThreadJob;
 using Zelv::Platform::ThreadPool;
-using Zelv::Platform::Testing::Event;
 using Zelv::Platform::Testing::ProcessProbe;
 
 constexpr int cHour = 3600000;
