@@ -57,7 +57,7 @@ class Component : public Zelv::IBaseLifetimeCallback {
  public:
   struct Seen {
     std::vector<Zelv::eLifetimeCommand> commands;
-    IBase* library = nullptr;
+    IBase* instance = nullptr;
     bool deleted = false;
   };
 
@@ -66,7 +66,7 @@ class Component : public Zelv::IBaseLifetimeCallback {
 
   void onLifetime(Zelv::eLifetimeCommand aCommand, GUID) override {
     mSeen.commands.push_back(aCommand);
-    mSeen.library = InterfaceFactory::getInterface(Zelv::IID_ICoreEnvironment);
+    mSeen.instance = InterfaceFactory::getInterface(Zelv::IID_ICoreEnvironment);
   }
   void onStatus(Zelv::StatusInformation const&, GUID const&) override {}
 
@@ -263,7 +263,7 @@ TEST_F(ApiSurface, ComponentOfAnApplicationIsSentCommandsByNameAndFindsTheLibrar
                       ->setLifetimeState(Zelv::LIFETIME_STOP, "Screen", nullptr);
   EXPECT_FALSE(id == GUID::nullGUID);
   EXPECT_THAT(seen.commands, testing::ElementsAre(Zelv::LIFETIME_STOP));
-  EXPECT_EQ(seen.library, InterfaceFactory::getInterface(Zelv::IID_IBase));
+  EXPECT_EQ(seen.instance, InterfaceFactory::getInterface(Zelv::IID_IBase));
   InterfaceFactory::terminate();
   EXPECT_THAT(seen.commands, testing::ElementsAre(Zelv::LIFETIME_STOP, Zelv::LIFETIME_TERMINATE));
   EXPECT_TRUE(seen.deleted);
