@@ -57,6 +57,9 @@ class CoreTest : public ::testing::Test {
     return texts;
   }
 
+  /// From here on every line of the log is of the test's own thread.
+  void restWorker() { mCore->terminate(); }
+
   /// Reads; the value, or a text that says that none came.
   std::string read(std::string const& aXPath) {
     GUID const id = mCore->requestData(aXPath, nullptr, &mListener);
@@ -368,6 +371,7 @@ TEST_F(CoreTest, IsTheApplicationOfThePlatform) {
 }
 
 TEST_F(CoreTest, AnswersInItsOwnNameAreDroppedWithoutALine) {
+  restWorker();
   mSet.log.clear();
   mCore->onData("/Zelv/x", "value", nullptr, GUID::nullGUID);
   mCore->onStatus(StatusInformation(std::string("text")), GUID::nullGUID);
@@ -386,6 +390,7 @@ void PrintTo(IdleOperation const& aOperation, std::ostream* aStream) {
 class CoreIdleOperation : public CoreTest, public ::testing::WithParamInterface<IdleOperation> {};
 
 TEST_P(CoreIdleOperation, OnlyWarns) {
+  restWorker();
   mSet.log.clear();
   GetParam().call(*mCore);
   EXPECT_EQ(mSet.log.lines(),
