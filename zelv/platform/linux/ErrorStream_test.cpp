@@ -97,6 +97,8 @@ TEST(ErrorStream, SurvivesStandardErrorBeingClosed) {
   EXPECT_EQ("found\n", ::testing::internal::GetCapturedStderr());
 }
 
+// The thread sanitizer's own search for deadlocks ends a child that is made while a lock is held.
+#ifndef __SANITIZE_THREAD__
 void logInChild() {
   PCRealDebug::SetSink(nullptr, nullptr);
   PCRealDebug::Print(PCRealDebug::Error, "from the child");
@@ -124,5 +126,6 @@ TEST(PCRealDebugOnLinux, WritesInAChildThatWasMadeWhileALineWasWritten) {
   EXPECT_TRUE(WIFEXITED(status));
   EXPECT_EQ(0, WEXITSTATUS(status));
 }
+#endif
 
 }  // namespace

@@ -15,7 +15,12 @@ namespace Zelv::Platform::Testing {
 /// What tests can see of their own process from outside.
 class ProcessProbe {
  public:
-  static int threads() { return entries("/proc/self/task"); }
+  static int threads() {
+    // The thread sanitizer starts a thread of its own beside the first one of the process; from
+    // here on it is there and counts alike before and after.
+    static bool const settled = startAndEndOneThread();
+    return settled ? entries("/proc/self/task") : -1;
+  }
 
   static int descriptors() { return entries("/proc/self/fd"); }
 
@@ -44,6 +49,12 @@ class ProcessProbe {
   }
 
  private:
+  static bool startAndEndOneThread() {
+    std::string own;
+    std::thread([&own] { own = "/proc/self/task/" + std::to_string(::gettid()); }).join();
+    return comesTo([&own] { return !std::filesystem::exists(own); });
+  }
+
   static int entries(char const* aDirectory) {
     std::filesystem::directory_iterator const directory(aDirectory);
     return static_cast<int>(std::distance(begin(directory), end(directory)));
