@@ -19,7 +19,7 @@ char const* const kEraseLine = "\r\x1b[K";
 
 }  // namespace
 
-Console::Console(EventQueue& aEvents, StopSignal const& aStop, Session& aSession,
+Console::Console(EventQueue& aEvents, ZelvApps::StopSignal const& aStop, Session& aSession,
                  Readiness& aReadiness, Settling& aSettling)
     : mEvents(aEvents),
       mStop(aStop),

@@ -2,13 +2,13 @@
 
 #include <string>
 
+#include "apps/StopSignal.h"
 #include "apps/zelv-tv/EventQueue.h"
 #include "apps/zelv-tv/LineReader.h"
 #include "apps/zelv-tv/LineWriter.h"
 #include "apps/zelv-tv/Readiness.h"
 #include "apps/zelv-tv/Session.h"
 #include "apps/zelv-tv/Settling.h"
-#include "apps/zelv-tv/StopSignal.h"
 
 namespace ZelvTv {
 
@@ -16,8 +16,8 @@ namespace ZelvTv {
 class Console {
  public:
   /// All arguments outlive the object.
-  Console(EventQueue& aEvents, StopSignal const& aStop, Session& aSession, Readiness& aReadiness,
-          Settling& aSettling);
+  Console(EventQueue& aEvents, ZelvApps::StopSignal const& aStop, Session& aSession,
+          Readiness& aReadiness, Settling& aSettling);
 
   /// Runs until "quit", the end of standard input or a signal.
   /// @return the program's exit status.
@@ -36,7 +36,7 @@ class Console {
   void prompt();
 
   EventQueue& mEvents;
-  StopSignal const& mStop;
+  ZelvApps::StopSignal const& mStop;
   Session& mSession;
   Readiness& mReadiness;
   Settling& mSettling;

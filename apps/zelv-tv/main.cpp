@@ -5,6 +5,7 @@
 #include <iostream>
 #include <optional>
 
+#include "apps/StopSignal.h"
 #include "apps/zelv-tv/Console.h"
 #include "apps/zelv-tv/EventQueue.h"
 #include "apps/zelv-tv/Library.h"
@@ -12,7 +13,6 @@
 #include "apps/zelv-tv/Readiness.h"
 #include "apps/zelv-tv/Session.h"
 #include "apps/zelv-tv/Settling.h"
-#include "apps/zelv-tv/StopSignal.h"
 #include "apps/zelv-tv/TreeListener.h"
 #include "zelv/Zelv.h"
 #include "zelv/platform/Directories.h"
@@ -33,7 +33,7 @@ void applyOptions(ZelvTv::Options const& aOptions) {
 }
 
 int run(ZelvTv::Options const& aOptions) {
-  ZelvTv::StopSignal const stop;
+  ZelvApps::StopSignal const stop;
   std::signal(SIGPIPE, SIG_IGN);
   applyOptions(aOptions);
 

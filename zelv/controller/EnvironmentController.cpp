@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "zelv/core/GenericDataProvider.h"
+#include "zelv/core/MultiDevice.h"
 #include "zelv/infrastructure/ZelvFileUtil.h"
 #include "zelv/platform/Directories.h"
 #include "zelv/platform/PCRealDebug.h"
@@ -29,6 +30,10 @@ namespace {
 IBaseLifetimeCallback* makeGenericDataProvider(std::string const& aBaseXPath,
                                                std::string const& aDataFileName) {
   return new (std::nothrow) Core::GenericDataProvider(aBaseXPath, aDataFileName, true);
+}
+
+IBaseLifetimeCallback* makeMultiDevice() {
+  return new (std::nothrow) Core::MultiDevice;
 }
 
 }  // namespace
@@ -112,6 +117,8 @@ void EnvironmentController::initialize() {
                   "could not restore!",
                   "EnvironmentController::createEnvironment: failed to create "
                   "GenericDataProvider for /Zelv/Applications"});
+  take("MultiDevice", std::unique_ptr<IBaseLifetimeCallback>(makeMultiDevice()),
+       "EnvironmentController::createEnvironment: failed to create MultiDevice.");
 }
 
 void EnvironmentController::createProvider(Standard const& aStandard) {
@@ -119,14 +126,21 @@ void EnvironmentController::createProvider(Standard const& aStandard) {
   if (ZelvFileUtil::checkIsFileAvailable(aStandard.file, directory, true) != 0) {
     throw std::runtime_error(aStandard.noFile);
   }
-  std::unique_ptr<IBaseLifetimeCallback> component(
-      mMakeProvider(aStandard.baseXPath, directory + aStandard.file));
-  if (component == nullptr) {
-    PCRealDebug::Print(PCRealDebug::Error, "%s", aStandard.noComponent);
+  take(aStandard.name,
+       std::unique_ptr<IBaseLifetimeCallback>(
+           mMakeProvider(aStandard.baseXPath, directory + aStandard.file)),
+       aStandard.noComponent);
+}
+
+void EnvironmentController::take(char const* aName,
+                                 std::unique_ptr<IBaseLifetimeCallback> aComponent,
+                                 char const* aMissing) {
+  if (aComponent == nullptr) {
+    PCRealDebug::Print(PCRealDebug::Error, "%s", aMissing);
     throw std::runtime_error("component is NULL!");
   }
-  if (insert(aStandard.name, component.get())) {
-    static_cast<void>(component.release());
+  if (insert(aName, aComponent.get())) {
+    static_cast<void>(aComponent.release());
   }
 }
 

@@ -53,6 +53,10 @@ class EnvironmentController : public virtual ICoreEnvironment, public virtual IA
 
   void createProvider(Standard const& aStandard) ZELV_REQUIRES(mMutex);
 
+  /// Registers a component that was made; a null one is logged with aMissing and thrown.
+  void take(char const* aName, std::unique_ptr<IBaseLifetimeCallback> aComponent,
+            char const* aMissing) ZELV_REQUIRES(mMutex);
+
   /// @return false when the name is taken.
   bool insert(std::string const& aName, IBaseLifetimeCallback* aComponent) ZELV_REQUIRES(mMutex);
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <system_error>
 
+#include "zelv/adapter/NetworkAdapter.h"
 #include "zelv/platform/Directories.h"
 #include "zelv/platform/PCFile.h"
 #include "zelv/platform/PCRealDebug.h"
@@ -74,6 +75,7 @@ Core* Core::requestCore() {
 
 void Core::initialize() {
   TraceScope trace("Core::initialize");
+  mNetworkAdapter = Adapter::NetworkAdapter::getInstance();
   copyDataDirectoryFiles();
   mTimerController.initialize();
   mEnvironmentController.initialize();
@@ -92,10 +94,21 @@ void Core::terminate() {
   }
   mDataController.terminate();
   mTimerController.terminate();
+  endNetwork();
   if (thrown) {
     // Those after the one that threw were not told to end, and may have timers that tell them.
     mTimerController.destroyAllTimers();
     std::rethrow_exception(thrown);
+  }
+}
+
+// Last, so that goodbyes still went out; and all sockets close before the first thread is waited
+// for.
+void Core::endNetwork() {
+  if (mNetworkAdapter != nullptr) {
+    mNetworkAdapter->terminate();
+    delete mNetworkAdapter;
+    mNetworkAdapter = nullptr;
   }
 }
 

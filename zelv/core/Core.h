@@ -22,6 +22,10 @@
 
 namespace Zelv {
 
+namespace Adapter {
+class NetworkAdapter;
+}
+
 /// The one object behind all interfaces. It owns the controllers and passes each call on,
 /// unchanged, to the one that it concerns.
 ///
@@ -38,7 +42,9 @@ class ZELV_EXPORT Core : public virtual ICoreData,
                          public virtual IAppTimer,
                          public virtual ICoreDataCallback {
  public:
+  class DiscoveryService;
   class GenericDataProvider;
+  class MultiDevice;
 
   /// The instance, made and started on first use. What comes out of its start leaves here; the
   /// instance then exists all the same, for InterfaceFactory::terminate() to take down.
@@ -118,6 +124,8 @@ class ZELV_EXPORT Core : public virtual ICoreData,
  private:
   Core();
 
+  void endNetwork();
+
   static Core* theCore;
 
   // In reverse order they go: the components, with the environment, before the registry of
@@ -126,6 +134,8 @@ class ZELV_EXPORT Core : public virtual ICoreData,
   Controller::TimerController mTimerController;
   Controller::EnvironmentController mEnvironmentController;
   Controller::LifetimeController mLifetimeController;
+  /// The singleton; deleted by terminate().
+  Adapter::NetworkAdapter* mNetworkAdapter = nullptr;
 };
 
 }  // namespace Zelv

@@ -1,4 +1,4 @@
-#include "apps/zelv-tv/StopSignal.h"
+#include "apps/StopSignal.h"
 
 #include <pthread.h>
 #include <sys/signalfd.h>
@@ -8,7 +8,7 @@
 #include <csignal>
 #include <system_error>
 
-namespace ZelvTv {
+namespace ZelvApps {
 
 StopSignal::StopSignal() {
   sigset_t signals;
@@ -27,4 +27,4 @@ StopSignal::~StopSignal() {
   ::close(mDescriptor);
 }
 
-}  // namespace ZelvTv
+}  // namespace ZelvApps

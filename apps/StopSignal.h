@@ -1,6 +1,6 @@
 #pragma once
 
-namespace ZelvTv {
+namespace ZelvApps {
 
 /// Turns SIGINT, SIGTERM and SIGHUP into a descriptor that becomes readable.
 ///
@@ -19,4 +19,4 @@ class StopSignal {
   int mDescriptor;
 };
 
-}  // namespace ZelvTv
+}  // namespace ZelvApps

@@ -1,0 +1,30 @@
+#include "zelv/core/UnresolvedDevices.h"
+
+#include "zelv/platform/PCTime.h"
+
+namespace Zelv {
+
+bool UnresolvedDevices::note(std::string const& aDeviceId, std::int64_t aNow) {
+  if (mTimes.contains(aDeviceId) || mTimes.size() >= MaxEntries || !spendQuestion()) {
+    return false;
+  }
+  mTimes.emplace(aDeviceId, aNow);
+  return true;
+}
+
+bool UnresolvedDevices::spendQuestion() {
+  std::int64_t const second = PCTime::MonotonicMs() / 1000;
+  if (second != mSecond) {
+    mSecond = second;
+    mQuestions = 0;
+  }
+  return ++mQuestions <= MaxPerSecond;
+}
+
+void UnresolvedDevices::shift(std::int64_t aSeconds) {
+  for (auto& entry : mTimes) {
+    entry.second += aSeconds;
+  }
+}
+
+}  // namespace Zelv

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <netinet/in.h>
+
+#include <map>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "zelv/platform/fake/FakeSockets.h"
+
+namespace Zelv::Platform::Fake {
+
+/// What FakeSockets is told, for SocketCalls to follow.
+class SocketFaults {
+ public:
+  static SocketFaults& instance();
+
+  void failNext(FakeSockets::Call aCall, int aErrno, int aTimes);
+  void failOption(int aLevel, int aName, int aErrno);
+  void catchDatagrams();
+  std::vector<Datagram> takeDatagrams();
+  int count(FakeSockets::Call aCall);
+  void reset();
+
+  /// Counts the call. @return true, with errno set, when it is to fail.
+  bool fails(FakeSockets::Call aCall);
+  bool failsOption(int aLevel, int aName);
+
+  /// @return true when the datagram was caught and is not to be sent.
+  bool catches(void const* aData, std::size_t aSize, sockaddr const* aTarget);
+
+ private:
+  struct Fault {
+    int error = 0;
+    int left = 0;
+  };
+
+  std::mutex mLock;
+  std::map<FakeSockets::Call, Fault> mFaults;
+  std::map<FakeSockets::Call, int> mCounts;
+  std::map<std::pair<int, int>, int> mOptionFaults;
+  std::vector<Datagram> mDatagrams;
+  bool mCatching = false;
+};
+
+}  // namespace Zelv::Platform::Fake
