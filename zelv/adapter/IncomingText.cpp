@@ -11,7 +11,7 @@ std::atomic<std::size_t> inFlightBytes{0};
 }  // namespace
 
 IncomingText::~IncomingText() {
-  inFlightBytes -= mText.size();
+  inFlightBytes -= mCounted;
 }
 
 bool IncomingText::append(char const* aText, std::size_t aSize) {
@@ -22,6 +22,7 @@ bool IncomingText::append(char const* aText, std::size_t aSize) {
     inFlightBytes -= aSize;
     return false;
   }
+  mCounted += aSize;
   mText.append(aText, aSize);
   return true;
 }

@@ -27,6 +27,7 @@ class IncomingText {
 
  private:
   std::string mText;
+  std::size_t mCounted = 0;
 };
 
 }  // namespace Zelv::Adapter

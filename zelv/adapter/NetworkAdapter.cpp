@@ -68,12 +68,18 @@ NetworkAdapter* NetworkAdapter::getInstance() {
 
 NetworkAdapter::~NetworkAdapter() {
   TraceScope trace("NetworkAdapter::~NetworkAdapter");
+  // All of them before the first wait, so that the waits run side by side.
   for (auto const& connection : mConnections) {
-    connection->closeConnection();
+    if (!connection->isClosed()) {
+      connection->closeConnection();
+    }
+  }
+  for (auto& connection : mConnections) {
     PCRealDebug::Print(PCRealDebug::Trace,
                        "NetworkAdapter::~NetworkAdapter: Waiting for a join on threadID = %d.",
                        static_cast<int>(connection->GetId()));
     connection->Destroy();
+    connection.reset();
   }
   mConnections.clear();
   PCRealDebug::Print(

@@ -26,9 +26,8 @@ class NetworkAdapter {
 
   /// Listens at a URL, on every address of the machine.
   ///
-  /// @param aCallback          called on a thread of the connection, for TCP possibly on several at
-  /// a
-  ///                           time; not owned, MUST live until this adapter is deleted.
+  /// @param aCallback          called on a thread of the connection, for TCP possibly on several
+  ///                           at a time; not owned, MUST live until this adapter is deleted.
   /// @param aLocalInterfaceIP  interface for multicast; empty lets the kernel decide.
   /// @return the handle; the null identifier when the URL is registered already or cannot be
   /// served.

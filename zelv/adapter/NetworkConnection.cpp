@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <new>
 
 #include "zelv/adapter/IncomingText.h"
 #include "zelv/adapter/SocketError.h"
@@ -34,6 +35,18 @@ bool isFinal(int aErrno) {
   return aErrno == EBADF || aErrno == EINVAL || aErrno == ENOTSOCK;
 }
 
+bool isLackOfDescriptors(int aErrno) {
+  return aErrno == EMFILE || aErrno == ENFILE;
+}
+
+SocketCommon::SockAddr socketAddress(SocketCommon::In_addr aAddress, std::int32_t aPort) {
+  SocketCommon::SockAddr result;
+  result.mFamily = familyIPv4;
+  result.mPort = PCNetwork::Htons(static_cast<std::uint16_t>(aPort));
+  result.mAddress = aAddress;
+  return result;
+}
+
 }  // namespace
 
 NetworkConnection::NetworkConnection() = default;
@@ -60,6 +73,17 @@ void NetworkConnection::t_Main() {
     TCAutoLock lock(mLock);
     mServing = true;
   }
+  try {
+    serve();
+  } catch (std::exception const& error) {
+    PCRealDebug::Print(PCRealDebug::Error, "NetworkConnection::t_Main: Given up, exception: %s",
+                       error.what());
+    closeConnection();
+  }
+  leaveThread();
+}
+
+void NetworkConnection::serve() {
   switch (mType) {
     case TCPListener:
       startTCPListening();
@@ -74,7 +98,6 @@ void NetworkConnection::t_Main() {
       PCRealDebug::Print(PCRealDebug::Error,
                          "NetworkConnection::t_Main: Invalid NetworkConnectionType !!!.");
   }
-  leaveThread();
 }
 
 void NetworkConnection::leaveThread() {
@@ -90,14 +113,8 @@ void NetworkConnection::leaveThread() {
 
 // Opening
 
-SocketCommon::SockAddr NetworkConnection::address(std::string const& aIP) const {
-  SocketCommon::SockAddr result;
-  result.mFamily = familyIPv4;
-  result.mPort = PCNetwork::Htons(static_cast<std::uint16_t>(mPort));
-  if (!aIP.empty()) {
-    result.mAddress = CCmSocket::StringToNumeric(aIP.c_str());
-  }
-  return result;
+SocketCommon::SockAddr NetworkConnection::peerAddress() const {
+  return socketAddress(CCmSocket::StringToNumeric(mIP.c_str()), mPort);
 }
 
 bool NetworkConnection::open(int aType, int aProtocol) {
@@ -117,7 +134,7 @@ bool NetworkConnection::fail(char const* aFormat, int aErrno) {
 #pragma GCC diagnostic pop
 
 bool NetworkConnection::bindAnyAddress() {
-  mLocalAddress = address("");
+  mLocalAddress = socketAddress({}, mPort);
   return CCmSocket::SetAddress(mSocket, &mLocalAddress, addressSize) >= 0;
 }
 
@@ -148,7 +165,7 @@ bool NetworkConnection::createTCPListener() {
 
 bool NetworkConnection::createTCPConnection() {
   TraceScope trace("NetworkConnection::createTCPConnection");
-  mRemoteAddress = address(mIP);
+  mRemoteAddress = peerAddress();
   if (!open(typeStream, 0)) {
     return fail("NetworkConnection::createTCPConnection: Failed to create TCP socket, errno=%s.",
                 errno);
@@ -218,7 +235,7 @@ bool NetworkConnection::createUDPConnection() {
     return fail("NetworkConnection::createUDPConnection: Failed to create UDP socket, errno=%s.",
                 errno);
   }
-  mRemoteAddress = address(mIP);
+  mRemoteAddress = peerAddress();
   if (isMulticastAddress(mIP)) {
     prepareMulticast();
   }
@@ -275,19 +292,23 @@ bool NetworkConnection::startTCPListening() {
   while (!mTerminate) {
     int length = addressSize;
     int const accepted = CCmSocket::AcceptConnection(mSocket, &mRemoteAddress, &length);
-    if (accepted < 0) {
-      int const error = errno;
-      PCRealDebug::Print(
-          PCRealDebug::Error,
-          "NetworkConnection::startTCPListening: Failed to ACCEPT TCP connection, errno=%s.",
-          socketErrorText(error).c_str());
-      if (!mayRetry(error, pause)) {
-        closeConnection();
-      }
+    if (accepted >= 0) {
+      pause.reset();
+      acceptChild(accepted);
       continue;
     }
-    pause.reset();
-    acceptChild(accepted);
+    int const error = errno;
+    PCRealDebug::Print(
+        PCRealDebug::Error,
+        "NetworkConnection::startTCPListening: Failed to ACCEPT TCP connection, errno=%s.",
+        socketErrorText(error).c_str());
+    if (isLackOfDescriptors(error)) {
+      reapChildren();
+      closeLongestIdle();
+    }
+    if (!mayRetry(error, pause)) {
+      closeConnection();
+    }
   }
   return true;
 }
@@ -307,27 +328,41 @@ void NetworkConnection::acceptChild(int aSocket) {
         "NetworkConnection::startTCPListening: Received TCP connection request from %s",
         CCmSocket::AddressValueToString(mRemoteAddress.mAddress).c_str());
   }
-  reapChildren();
   makeRoomForChild();
+  NetworkConnection* const child = mTerminate ? nullptr : addChild();
+  if (!child) {
+    CCmSocket::Close(aSocket);
+    return;
+  }
   SocketOptions::keepAlive(aSocket);
-  auto child = std::make_unique<NetworkConnection>();
   child->mSocket = aSocket;
   child->mSocketNumber = aSocket;
-  child->mRemoteAddress = mRemoteAddress;
-  child->mType = TCPRequestHandler;
-  child->mLastActivity = PCTime::MonotonicMs();
-  {
-    TCAutoLock lock(mLock);
-    child->mCallback = mCallback;
-  }
   if (!child->Create("Quorl - NetworkConnection::startTCPListening", 4096)) {
     PCRealDebug::Print(
         PCRealDebug::Error,
         "NetworkConnection::startTCPListening: Failed to create a new TCP read thread.");
     child->closeConnection();
-    return;
+    mChildren.pop_back();
   }
-  mChildren.push_back(std::move(child));
+}
+
+// Null when there is no memory, which passes like any other error of the machine.
+NetworkConnection* NetworkConnection::addChild() {
+  try {
+    mChildren.push_back(std::make_unique<NetworkConnection>());
+  } catch (std::bad_alloc const&) {
+    PCRealDebug::Print(PCRealDebug::Error,
+                       "NetworkConnection::startTCPListening: No memory for a connection.");
+    return nullptr;
+  }
+  NetworkConnection* const child = mChildren.back().get();
+  child->mRemoteAddress = mRemoteAddress;
+  child->mType = TCPRequestHandler;
+  child->mReading = true;
+  child->mLastActivity = PCTime::MonotonicMs();
+  TCAutoLock lock(mLock);
+  child->mCallback = mCallback;
+  return child;
 }
 
 // At each accept, so that what is kept is what is being served, and not what ever was.
@@ -336,22 +371,54 @@ void NetworkConnection::reapChildren() {
       [](std::unique_ptr<NetworkConnection> const& aChild) { return aChild->isFinished(); });
 }
 
+// When all are busy with a message that has arrived, whoever comes waits until one is done.
 void NetworkConnection::makeRoomForChild() {
-  if (mChildren.size() < MaxChildren) {
-    return;
+  RetryPause pause;
+  reapChildren();
+  while (mChildren.size() >= MaxChildren && !mTerminate) {
+    if (!closeLongestIdle()) {
+      pause.wait();
+    }
+    reapChildren();
   }
-  auto const idleFor = [](std::unique_ptr<NetworkConnection> const& aChild) {
-    return aChild->mTerminate || !aChild->mReading ? INT64_MAX : aChild->mLastActivity.load();
-  };
-  auto const longestIdle = std::min_element(
-      mChildren.begin(), mChildren.end(),
-      [&](auto const& aOne, auto const& aOther) { return idleFor(aOne) < idleFor(aOther); });
-  PCRealDebug::Print(
-      PCRealDebug::Warning,
-      "NetworkConnection::startTCPListening: More than %d connections, closing the one "
-      "that is silent for longest.",
-      static_cast<int>(MaxChildren));
-  (*longestIdle)->closeConnection();
+}
+
+bool NetworkConnection::closeLongestIdle() {
+  NetworkConnection* idle = nullptr;
+  for (auto const& child : mChildren) {
+    if (child->mReading && (!idle || child->mLastActivity < idle->mLastActivity)) {
+      idle = child.get();
+    }
+  }
+  if (!idle || !idle->giveWay()) {
+    return false;
+  }
+  PCRealDebug::Print(PCRealDebug::Warning,
+                     "NetworkConnection::startTCPListening: Too many connections, closed the one "
+                     "silent for longest of %d.",
+                     static_cast<int>(mChildren.size()));
+  idle->Destroy();  // no wait to speak of: it was in a read, and that is over
+  return true;
+}
+
+// Never once the message is there: its sender is told then that it has arrived.
+bool NetworkConnection::giveWay() {
+  TCAutoLock lock(mLock);
+  if (!mReading || mTerminate) {
+    return false;
+  }
+  closeConnection();
+  return true;
+}
+
+void NetworkConnection::endReading() {
+  TCAutoLock lock(mLock);
+  mReading = false;
+}
+
+bool NetworkConnection::isFinished() const {
+  return mFinished && std::all_of(mChildren.begin(), mChildren.end(),
+                                  [](auto const& aChild) { return aChild->isFinished(); });
 }
 
 void NetworkConnection::endChildren() {
@@ -372,9 +439,8 @@ void NetworkConnection::endChildren() {
 bool NetworkConnection::startTCPRead() {
   TraceScope trace("NetworkConnection::startTCPRead");
   IncomingText message;
-  mReading = true;
   bool const complete = receiveText(message);
-  mReading = false;
+  endReading();
   if (!complete) {
     closeConnection();
     return false;
@@ -425,15 +491,17 @@ bool NetworkConnection::receiveText(IncomingText& aText) {
 bool NetworkConnection::startUDPRead() {
   TraceScope trace("NetworkConnection::startUDPRead");
   char buffer[bufferSize];
+  std::string text;
+  text.reserve(bufferSize);  // so that no datagram has to ask for memory
   RetryPause pause;
   while (!mTerminate) {
     int length = addressSize;
     int const size =
         CCmSocket::ReciveData(mSocket, buffer, bufferSize - 1, 0, &mRemoteAddress, &length);
-    if (size == 0) {
+    if (size == 0 && !mTerminate) {
       continue;  // an empty datagram is nothing to anybody, nor an end
     }
-    if (size < 0) {
+    if (size < 1) {
       int const error = errno;
       PCRealDebug::Print(PCRealDebug::Error,
                          "NetworkConnection::startUDPRead: Failed to receive datagram, errno=%s.",
@@ -451,10 +519,8 @@ bool NetworkConnection::startUDPRead() {
           " NetworkConnection::startUDPRead: Received UDP packet from %s, packet size %d.",
           CCmSocket::AddressValueToString(mRemoteAddress.mAddress).c_str(), size);
     }
-    if (mTerminate) {
-      break;
-    }
-    deliver(buffer);
+    text = buffer;
+    deliver(text);
   }
   return true;
 }

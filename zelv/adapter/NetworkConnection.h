@@ -16,6 +16,8 @@
 
 namespace Zelv::Adapter {
 
+class IncomingText;
+
 /// One TCP or UDP socket with the thread that serves it.
 ///
 /// A message is text. On TCP it has a connection of its own: connect, send the text with a final
@@ -69,16 +71,19 @@ class NetworkConnection : public virtual PCThread {
   ///
   /// @param aRepeat  how many datagrams UDP sends; 0 or less sends none. TCP sends once.
   /// @return on TCP whether the text went out and something, even a wrong acknowledgement or the
-  /// end of
-  ///         the connection, came back within 3 seconds; on UDP always true.
+  /// end of the connection, came back within 3 seconds; on UDP always true.
   bool sendMessage(std::string const& aMessage, int aRepeat);
 
   /// Ends the service: nothing is delivered any more, and the thread, which is not waited for,
   /// ends.
   void closeConnection();
 
-  /// True once the thread body is over, when joining does not wait.
-  bool isFinished() const { return mFinished; }
+  /// True once the thread body is over, and those of the connections that it accepted: joining
+  /// them does not wait.
+  bool isFinished() const;
+
+  /// True after closeConnection().
+  bool isClosed() const { return mTerminate; }
 
   /// True for a dotted text whose first number lies in 224 to 239 and whose others are at most 255.
   static bool isMulticastAddress(std::string const& aAddress);
@@ -86,18 +91,23 @@ class NetworkConnection : public virtual PCThread {
  private:
   using Children = std::list<std::unique_ptr<NetworkConnection>>;
 
-  SocketCommon::SockAddr address(std::string const& aIP) const;
+  SocketCommon::SockAddr peerAddress() const;
   bool open(int aType, int aProtocol);
   bool bindAnyAddress();
   void prepareMulticast();
   bool fail(char const* aFormat, int aErrno);
 
   void acceptChild(int aSocket);
+  NetworkConnection* addChild();
   void reapChildren();
   void makeRoomForChild();
+  bool closeLongestIdle();
+  bool giveWay();
+  void endReading();
   void endChildren();
 
-  bool receiveText(class IncomingText& aText);
+  void serve();
+  bool receiveText(IncomingText& aText);
   void deliver(std::string const& aText);
   bool mayRetry(int aErrno, RetryPause& aPause);
   void leaveThread();
@@ -122,6 +132,7 @@ class NetworkConnection : public virtual PCThread {
   std::atomic<int> mSocketNumber{-1};
   bool mServing ZELV_GUARDED_BY(mLock) = false;
   std::atomic<bool> mFinished{false};
+  /// Of an accepted connection: its message has not arrived yet.
   std::atomic<bool> mReading{false};
   std::atomic<std::int64_t> mLastActivity{0};
 };

@@ -4,8 +4,10 @@
 #include "zelv/platform/fake/FakeClock.h"
 #include "zelv/platform/fake/FakeEntropy.h"
 #include "zelv/platform/fake/FakeFiles.h"
+#include "zelv/platform/fake/FakeInterfaces.h"
 #include "zelv/platform/fake/FakeMath.h"
 #include "zelv/platform/fake/FakeShell.h"
+#include "zelv/platform/fake/FakeSockets.h"
 #include "zelv/platform/fake/FakeThreads.h"
 
 namespace Zelv::Platform::Fake {
@@ -15,8 +17,10 @@ void ResetFakes() {
   FakeClock::Reset();
   FakeEntropy::Reset();
   FakeFiles::Reset();
+  FakeInterfaces::Reset();
   FakeMath::Reset();
   FakeShell::Reset();
+  FakeSockets::Reset();
   FakeThreads::Reset();
 }
 
