@@ -13,6 +13,14 @@ struct Datagram {
   std::string text;
 };
 
+/// An option that was set, or was to be.
+struct SocketOption {
+  int level;
+  int name;
+  std::string value;  ///< the bytes
+  bool operator==(SocketOption const&) const = default;
+};
+
 /// Faults in the sockets behind CCmSocket, and a trap for datagrams. Without either they are real
 /// sockets.
 class FakeSockets {
@@ -27,6 +35,9 @@ class FakeSockets {
   /// As FailNext(), for setting one option of a level.
   static void FailOption(int aLevel, int aName, int aErrno);
 
+  /// Sending exactly this text fails with this errno, until Reset().
+  static void FailSendOf(std::string const& aText, int aErrno);
+
   /// From now on no datagram leaves; each is kept for TakeDatagrams().
   static void CatchDatagrams();
 
@@ -35,6 +46,9 @@ class FakeSockets {
 
   /// How many calls of this kind there were since Reset(), failed ones included.
   static int Count(Call aCall);
+
+  /// The options set since the last call, in order, failed ones included.
+  static std::vector<SocketOption> TakeOptions();
 
   static void Reset();
 };

@@ -22,7 +22,8 @@ int SocketCalls::Open(int aDomain, int aType, int aProtocol) {
 
 int SocketCalls::SetOption(int aSocket, int aLevel, int aName, void const* aValue,
                            socklen_t aLength) {
-  if (fails(FakeSockets::SetOption) || Fake::SocketFaults::instance().failsOption(aLevel, aName)) {
+  bool const failing = Fake::SocketFaults::instance().failsOption(aLevel, aName, aValue, aLength);
+  if (fails(FakeSockets::SetOption) || failing) {
     return -1;
   }
   return setsockopt(aSocket, aLevel, aName, aValue, aLength);
@@ -52,7 +53,7 @@ ssize_t SocketCalls::Receive(int aSocket, void* aBuffer, std::size_t aSize, int 
 
 ssize_t SocketCalls::Send(int aSocket, void const* aData, std::size_t aSize, int aFlags,
                           sockaddr const* aTarget, socklen_t aLength) {
-  if (fails(FakeSockets::Send)) {
+  if (fails(FakeSockets::Send) || Fake::SocketFaults::instance().failsSend(aData, aSize)) {
     return -1;
   }
   if (Fake::SocketFaults::instance().catches(aData, aSize, aTarget)) {

@@ -22,6 +22,16 @@ void SocketFaults::failOption(int aLevel, int aName, int aErrno) {
   mOptionFaults[{aLevel, aName}] = aErrno;
 }
 
+void SocketFaults::failSendOf(std::string const& aText, int aErrno) {
+  std::lock_guard lock(mLock);
+  mSendFaults[aText] = aErrno;
+}
+
+std::vector<SocketOption> SocketFaults::takeOptions() {
+  std::lock_guard lock(mLock);
+  return std::exchange(mOptions, {});
+}
+
 void SocketFaults::catchDatagrams() {
   std::lock_guard lock(mLock);
   mCatching = true;
@@ -42,6 +52,8 @@ void SocketFaults::reset() {
   mFaults.clear();
   mCounts.clear();
   mOptionFaults.clear();
+  mSendFaults.clear();
+  mOptions.clear();
   mDatagrams.clear();
   mCatching = false;
 }
@@ -58,8 +70,22 @@ bool SocketFaults::fails(FakeSockets::Call aCall) {
   return true;
 }
 
-bool SocketFaults::failsOption(int aLevel, int aName) {
+bool SocketFaults::failsSend(void const* aData, std::size_t aSize) {
   std::lock_guard lock(mLock);
+  if (mSendFaults.empty()) {
+    return false;
+  }
+  auto const fault = mSendFaults.find(std::string(static_cast<char const*>(aData), aSize));
+  if (fault == mSendFaults.end()) {
+    return false;
+  }
+  errno = fault->second;
+  return true;
+}
+
+bool SocketFaults::failsOption(int aLevel, int aName, void const* aValue, std::size_t aSize) {
+  std::lock_guard lock(mLock);
+  mOptions.push_back({aLevel, aName, std::string(static_cast<char const*>(aValue), aSize)});
   auto const fault = mOptionFaults.find({aLevel, aName});
   if (fault == mOptionFaults.end()) {
     return false;
@@ -88,6 +114,14 @@ void FakeSockets::FailNext(Call aCall, int aErrno, int aTimes) {
 
 void FakeSockets::FailOption(int aLevel, int aName, int aErrno) {
   SocketFaults::instance().failOption(aLevel, aName, aErrno);
+}
+
+void FakeSockets::FailSendOf(std::string const& aText, int aErrno) {
+  SocketFaults::instance().failSendOf(aText, aErrno);
+}
+
+std::vector<SocketOption> FakeSockets::TakeOptions() {
+  return SocketFaults::instance().takeOptions();
 }
 
 void FakeSockets::CatchDatagrams() {

@@ -19,6 +19,8 @@ class SocketFaults {
 
   void failNext(FakeSockets::Call aCall, int aErrno, int aTimes);
   void failOption(int aLevel, int aName, int aErrno);
+  void failSendOf(std::string const& aText, int aErrno);
+  std::vector<SocketOption> takeOptions();
   void catchDatagrams();
   std::vector<Datagram> takeDatagrams();
   int count(FakeSockets::Call aCall);
@@ -26,7 +28,8 @@ class SocketFaults {
 
   /// Counts the call. @return true, with errno set, when it is to fail.
   bool fails(FakeSockets::Call aCall);
-  bool failsOption(int aLevel, int aName);
+  bool failsOption(int aLevel, int aName, void const* aValue, std::size_t aSize);
+  bool failsSend(void const* aData, std::size_t aSize);
 
   /// @return true when the datagram was caught and is not to be sent.
   bool catches(void const* aData, std::size_t aSize, sockaddr const* aTarget);
@@ -41,6 +44,8 @@ class SocketFaults {
   std::map<FakeSockets::Call, Fault> mFaults;
   std::map<FakeSockets::Call, int> mCounts;
   std::map<std::pair<int, int>, int> mOptionFaults;
+  std::map<std::string, int> mSendFaults;
+  std::vector<SocketOption> mOptions;
   std::vector<Datagram> mDatagrams;
   bool mCatching = false;
 };
