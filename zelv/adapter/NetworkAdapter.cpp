@@ -88,6 +88,9 @@ NetworkAdapter::~NetworkAdapter() {
   mpInstance = nullptr;
 }
 
+// URLs come by value, as the interface has it.
+// NOLINTBEGIN(performance-unnecessary-value-param)
+
 GUID NetworkAdapter::registerService(URL aURL, NetworkMessageCallback* aCallback,
                                      std::string const& aLocalInterfaceIP) {
   TraceScope trace("NetworkAdapter::registerService");
@@ -176,6 +179,8 @@ GUID NetworkAdapter::send(URL aURL, std::string const& aMessage,
       prepareSender(connection, protocol) && connection.sendMessage(aMessage, aRepeat);
   return sent ? GUID::createGUID() : GUID::nullGUID;
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 void NetworkAdapter::terminate() {
   TraceScope trace("NetworkAdapter::terminate");

@@ -151,6 +151,8 @@ bool NetworkConnection::createTCPListener() {
     return fail("NetworkConnection::createTCPListener: Failed to Set REUSEADDR option, errno=%s.",
                 errno);
   }
+  // Accepted sockets take it over.
+  SocketOptions::keepAlive(mSocket);
   if (!bindAnyAddress()) {
     return fail("NetworkConnection::createTCPListener: Failed to BIND TCP socket, errno=%s.",
                 errno);
@@ -334,7 +336,6 @@ void NetworkConnection::acceptChild(int aSocket) {
     CCmSocket::Close(aSocket);
     return;
   }
-  SocketOptions::keepAlive(aSocket);
   child->mSocket = aSocket;
   child->mSocketNumber = aSocket;
   if (!child->Create("Quorl - NetworkConnection::startTCPListening", 4096)) {

@@ -147,6 +147,18 @@ TEST_F(TCPService, ServesSeveralPeersAtATime) {
   mayGoOn.release(5);
 }
 
+TEST_F(TCPService, LetsTheKernelLookAfterPeersThatMayBeDead) {
+  Receiver receiver;
+  FakeSockets::TakeOptions();
+  auto const listener = tcpListener(receiver);
+  using Zelv::Platform::Fake::SocketOption;
+  // What is accepted takes these over from the listener.
+  EXPECT_THAT(FakeSockets::TakeOptions(),
+              testing::IsSupersetOf({SocketOption{1, 2, std::string("\1\0\0\0", 4)},
+                                     SocketOption{1, 9, std::string("\1\0\0\0", 4)},
+                                     SocketOption{6, 4, std::string("\x3C\0\0\0", 4)}}));
+}
+
 TEST_F(TCPService, ReadsAgainAfterASignal) {
   Receiver receiver;
   FakeSockets::FailNext(FakeSockets::Receive, EINTR, 2);

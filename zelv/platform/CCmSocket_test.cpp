@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 
 #include <cerrno>
@@ -192,6 +193,27 @@ TEST(CCmSocket, SetsOptions) {
   socklen_t length = sizeof value;
   EXPECT_EQ(0, ::getsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &value, &length));
   EXPECT_NE(0, value);
+}
+
+TEST(CCmSocket, HandsTheListenersOptionsDownToWhatItAccepts) {
+  Socket const listener(CCmSocket::Open(2, 1, 0));
+  Socket const client(CCmSocket::Open(2, 1, 0));
+  SocketCommon::SockAddr address = bound(listener);
+  int const yes = 1;
+  int const seconds = 60;
+  EXPECT_EQ(0, CCmSocket::SetOptions(listener, SOL_SOCKET, SO_KEEPALIVE, &yes, sizeof yes));
+  EXPECT_EQ(0,
+            CCmSocket::SetOptions(listener, IPPROTO_TCP, TCP_KEEPIDLE, &seconds, sizeof seconds));
+  ASSERT_EQ(0, CCmSocket::ListenConnectionRequest(listener, 2));
+  ASSERT_EQ(0, CCmSocket::Connect(client, &address, sizeof address));
+  int size = sizeof address;
+  Socket const accepted(CCmSocket::AcceptConnection(listener, &address, &size));
+  int value = 0;
+  socklen_t length = sizeof value;
+  EXPECT_EQ(0, ::getsockopt(accepted, SOL_SOCKET, SO_KEEPALIVE, &value, &length));
+  EXPECT_NE(0, value);
+  EXPECT_EQ(0, ::getsockopt(accepted, IPPROTO_TCP, TCP_KEEPIDLE, &value, &length));
+  EXPECT_EQ(60, value);
 }
 
 TEST(CCmSocket, FailsAsTheSystemDoes) {

@@ -20,12 +20,28 @@ struct ThreadPool::Worker {
   ThreadPool& pool;
   bool const parks;
   pthread_t handle{};
+  // A lock of its own, taken within the pool's: who gives it work holds the pool's lock, and the
+  // woken thread would at once have to wait for that one.
+  std::mutex lock;
   std::condition_variable wake;
-  // Guarded by the pool's lock.
+  // Guarded by lock.
   std::shared_ptr<ThreadJob> job;
   bool quit = false;
+  // Guarded by the pool's lock.
   bool parked = false;
   Worker* next = nullptr;
+
+  bool isTold() const { return job || quit; }
+
+  /// Under the pool's lock, without which the worker cannot go away meanwhile.
+  template <typename Change>
+  void tell(Change aChange) {
+    {
+      std::lock_guard guard(lock);
+      aChange();
+    }
+    wake.notify_one();
+  }
 };
 
 // The pool itself is never destroyed, since threads of the host may end after the static objects.
@@ -75,8 +91,7 @@ bool ThreadPool::handToParked(std::shared_ptr<ThreadJob> const& aJob) {
     return false;
   }
   unpark(*worker);
-  worker->job = aJob;
-  worker->wake.notify_one();
+  worker->tell([&] { worker->job = aJob; });
   return true;
 }
 
@@ -120,12 +135,20 @@ bool ThreadPool::park(Worker& aSelf) {
 }
 
 bool ThreadPool::awaitJob(Worker& aSelf) {
+  {
+    std::unique_lock own(aSelf.lock);
+    aSelf.wake.wait_for(own, std::chrono::milliseconds(mIdleMs),
+                        [&aSelf] { return aSelf.isTold(); });
+    if (aSelf.job) {
+      return true;
+    }
+  }
   std::unique_lock lock(mLock);
-  bool const called = aSelf.wake.wait_for(lock, std::chrono::milliseconds(mIdleMs),
-                                          [&aSelf] { return aSelf.job || aSelf.quit; });
-  if (called) {
+  std::unique_lock own(aSelf.lock);
+  if (aSelf.isTold()) {
     return !aSelf.quit;
   }
+  own.unlock();
   unpark(aSelf);
   leave(lock);
   return false;
@@ -161,8 +184,7 @@ void ThreadPool::ReleaseParked() {
       Worker& worker = *mParked;
       unpark(worker);
       ended[count++] = worker.handle;
-      worker.quit = true;
-      worker.wake.notify_one();
+      worker.tell([&worker] { worker.quit = true; });
     }
   }
   for (std::size_t i = 0; i < count; ++i) {
