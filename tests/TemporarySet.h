@@ -3,8 +3,8 @@
 #include <string>
 
 /// The two directories of a set that has never been started, for tests that bring the library up in
-/// their own process. The end stops the library, removes the directories and makes the ones of
-/// before known again.
+/// their own process; without discovery. The end stops the library, removes the directories and
+/// makes the ones of before known again.
 class TemporarySet {
  public:
   TemporarySet();

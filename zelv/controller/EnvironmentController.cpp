@@ -38,10 +38,10 @@ IBaseLifetimeCallback* makeMultiDevice() {
 
 }  // namespace
 
-EnvironmentController::EnvironmentController() : EnvironmentController(makeGenericDataProvider) {}
+EnvironmentController::EnvironmentController()
+    : EnvironmentController(Makers{makeGenericDataProvider, makeMultiDevice}) {}
 
-EnvironmentController::EnvironmentController(MakeProvider aMakeProvider)
-    : mMakeProvider(aMakeProvider) {}
+EnvironmentController::EnvironmentController(Makers const& aMakers) : mMakers(aMakers) {}
 
 EnvironmentController::~EnvironmentController() {
   TCAutoLock lock(mMutex);
@@ -117,7 +117,7 @@ void EnvironmentController::initialize() {
                   "could not restore!",
                   "EnvironmentController::createEnvironment: failed to create "
                   "GenericDataProvider for /Zelv/Applications"});
-  take("MultiDevice", std::unique_ptr<IBaseLifetimeCallback>(makeMultiDevice()),
+  take("MultiDevice", std::unique_ptr<IBaseLifetimeCallback>(mMakers.multiDevice()),
        "EnvironmentController::createEnvironment: failed to create MultiDevice.");
 }
 
@@ -128,7 +128,7 @@ void EnvironmentController::createProvider(Standard const& aStandard) {
   }
   take(aStandard.name,
        std::unique_ptr<IBaseLifetimeCallback>(
-           mMakeProvider(aStandard.baseXPath, directory + aStandard.file)),
+           mMakers.provider(aStandard.baseXPath, directory + aStandard.file)),
        aStandard.noComponent);
 }
 

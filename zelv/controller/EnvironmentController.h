@@ -20,10 +20,19 @@ class EnvironmentController : public virtual ICoreEnvironment, public virtual IA
   using MakeProvider = IBaseLifetimeCallback* (*)(std::string const& aBaseXPath,
                                                   std::string const& aDataFileName);
 
+  /// Makes a component of its own class, likewise.
+  using MakeComponent = IBaseLifetimeCallback* (*)();
+
+  /// What the standard components are made by.
+  struct Makers {
+    MakeProvider provider;
+    MakeComponent multiDevice;
+  };
+
   EnvironmentController();
 
-  /// With another maker than that of the system's own providers.
-  explicit EnvironmentController(MakeProvider aMakeProvider);
+  /// With other makers than those of the system's own components.
+  explicit EnvironmentController(Makers const& aMakers);
 
   GUID registerComponent(std::string const& aComponentName,
                          IBaseLifetimeCallback* aComponent) override;
@@ -72,7 +81,7 @@ class EnvironmentController : public virtual ICoreEnvironment, public virtual IA
   /// Inside mMutex, and held only for single steps on the table, never while anything of a
   /// component runs.
   PCMutex mTableMutex;
-  MakeProvider const mMakeProvider;
+  Makers const mMakers;
 };
 
 }  // namespace Zelv::Controller

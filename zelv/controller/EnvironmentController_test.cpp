@@ -169,11 +169,13 @@ TEST(EnvironmentController, AskingForAComponentDoesNotWaitForOneThatIsBeingMade)
   TemporaryDirectories directories;
   directories.putReadOnly("Configuration.xml", "<Configuration/>");
   directories.putReadOnly("Applications.xml", "<Applications/>");
-  EnvironmentController controller([](std::string const&, std::string const&) {
-    auto const call = std::async(std::launch::async, [] { current->getComponent("a"); });
-    free = endsInTime(call);
-    return static_cast<IBaseLifetimeCallback*>(new Component);
-  });
+  EnvironmentController controller(
+      {[](std::string const&, std::string const&) {
+         auto const call = std::async(std::launch::async, [] { current->getComponent("a"); });
+         free = endsInTime(call);
+         return static_cast<IBaseLifetimeCallback*>(new Component);
+       },
+       [] { return static_cast<IBaseLifetimeCallback*>(new Component); }});
   current = &controller;
   controller.initialize();
   EXPECT_TRUE(free);
@@ -274,6 +276,8 @@ class EnvironmentStart : public ::testing::Test {
     return made().size() == nullAt() ? nullptr : new Component;
   }
 
+  static IBaseLifetimeCallback* makeMultiDevice() { return make("MultiDevice", ""); }
+
   void putFactoryFiles() const {
     mDirectories.putReadOnly("Configuration.xml", "<Configuration/>");
     mDirectories.putReadOnly("Applications.xml", "<Applications/>");
@@ -299,17 +303,18 @@ class EnvironmentStart : public ::testing::Test {
 
   TemporaryDirectories mDirectories;
   LogCapture mLog;
-  EnvironmentController mController{&EnvironmentStart::make};
+  EnvironmentController mController{{&EnvironmentStart::make, &EnvironmentStart::makeMultiDevice}};
 };
 
-TEST_F(EnvironmentStart, MakesTheProvidersOfTheFileBackedBranches) {
+TEST_F(EnvironmentStart, MakesTheStandardComponents) {
   putFactoryFiles();
   mController.initialize();
-  EXPECT_THAT(names(), ElementsAre("ApplicationsManager", "ConfigurationManager"));
+  EXPECT_THAT(names(), ElementsAre("ApplicationsManager", "ConfigurationManager", "MultiDevice"));
   EXPECT_THAT(
       made(),
       ElementsAre(Made{"/Zelv/Configuration", mDirectories.writable() + "Configuration.xml"},
-                  Made{"/Zelv/Applications", mDirectories.writable() + "Applications.xml"}));
+                  Made{"/Zelv/Applications", mDirectories.writable() + "Applications.xml"},
+                  Made{"MultiDevice", ""}));
 }
 
 TEST_F(EnvironmentStart, RestoresTheFilesThatTheProvidersWillLoad) {
@@ -324,7 +329,7 @@ TEST_F(EnvironmentStart, LeavesGoodFilesAlone) {
   mDirectories.putWritable("Configuration.xml", "<Configuration>mine</Configuration>");
   mDirectories.putWritable("Applications.xml", "<Applications>mine</Applications>");
   mController.initialize();
-  EXPECT_EQ(mController.getNumComponents(), 2U);
+  EXPECT_EQ(mController.getNumComponents(), 3U);
   EXPECT_THAT(FakeShell::Lines(), IsEmpty());
 }
 
@@ -377,7 +382,10 @@ INSTANTIATE_TEST_SUITE_P(
                                    "GenericDataProvider for /Zelv/Configuration"},
                       MakerFailure{2,
                                    "EnvironmentController::createEnvironment: failed to create "
-                                   "GenericDataProvider for /Zelv/Applications"}));
+                                   "GenericDataProvider for /Zelv/Applications"},
+                      MakerFailure{3,
+                                   "EnvironmentController::createEnvironment: failed to create "
+                                   "MultiDevice."}));
 
 TEST_F(EnvironmentStart, SecondStartKeepsTheComponentsOfTheFirst) {
   putFactoryFiles();

@@ -154,7 +154,7 @@ class CoreHostileInput : public ::testing::TestWithParam<Operation> {
   /// Waits until everything asked so far is done. @return whether the tree answers.
   bool answers() {
     GUID const id = Core::requestCore()->requestData(SmallSet::cDiscoveryPath, nullptr, &mListener);
-    return mListener.waitFor(id) && mListener.of(id)[0].value == "true";
+    return mListener.waitFor(id) && mListener.of(id)[0].value == "false";
   }
 
   void callWithAll(std::vector<std::string> const& aTexts) {

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "zelv/core/GenericDataProvider.h"
+#include "zelv/core/MultiDevice.h"
 #include "zelv/core/testing/Component.h"
 #include "zelv/core/testing/Listener.h"
 #include "zelv/core/testing/SmallSet.h"
@@ -57,6 +58,12 @@ class CoreTest : public ::testing::Test {
     return texts;
   }
 
+  /// The device branch refuses to be registered a second time.
+  void startAgain() {
+    mCore->unregisterDataProvider("/Zelv/Devices");
+    mCore->initialize();
+  }
+
   /// From here on every line of the log is of the test's own thread.
   void restWorker() { mCore->terminate(); }
 
@@ -99,7 +106,9 @@ TEST_F(CoreTest, GetCoreGivesTheRunningInstance) {
 
 TEST_F(CoreTest, StartMakesTheStandardComponents) {
   auto const components = mCore->getRegisteredComponents();
-  ASSERT_EQ(components.size(), 2U);
+  ASSERT_EQ(components.size(), 3U);
+  ASSERT_EQ(components.count("MultiDevice"), 1U);
+  EXPECT_NE(dynamic_cast<Core::MultiDevice*>(components.at("MultiDevice")), nullptr);
   for (char const* name : {"ApplicationsManager", "ConfigurationManager"}) {
     ASSERT_EQ(components.count(name), 1U) << name;
     EXPECT_NE(dynamic_cast<Core::GenericDataProvider*>(components.at(name)), nullptr) << name;
@@ -129,20 +138,20 @@ TEST_F(CoreTest, StopGoesThroughItsStepsInOrder) {
   std::vector<std::string> steps;
   for (std::string const& text : mSet.log.texts(PCRealDebug::Trace)) {
     for (char const* step : {"LifetimeController::terminate", "DataController::terminate",
-                             "TimerController::terminate"}) {
+                             "TimerController::terminate", "NetworkAdapter::terminate"}) {
       if (text == std::string(step) + ": Entry.") {
         steps.push_back(step);
       }
     }
-    for (char const* component : {"ApplicationsManager", "ConfigurationManager"}) {
+    for (char const* component : {"ApplicationsManager", "ConfigurationManager", "MultiDevice"}) {
       if (text.find("Removing component '" + std::string(component)) != std::string::npos) {
         steps.push_back(component);
       }
     }
   }
   EXPECT_THAT(steps, ElementsAre("LifetimeController::terminate", "DataController::terminate",
-                                 "TimerController::terminate", "ApplicationsManager",
-                                 "ConfigurationManager"));
+                                 "TimerController::terminate", "NetworkAdapter::terminate",
+                                 "ApplicationsManager", "ConfigurationManager", "MultiDevice"));
 }
 
 TEST_F(CoreTest, StopTwiceIsHarmless) {
@@ -158,7 +167,7 @@ TEST_F(CoreTest, ComponentsSeeCommandsZeroAndOneByNameWithDifferentIds) {
   add("b");
   add("c");
   add("Z");
-  mCore->initialize();
+  startAgain();
   EXPECT_THAT(sent(), ElementsAre("Z 0", "b 0", "c 0", "Z 1", "b 1", "c 1"));
   std::set<std::string> ids;
   for (Testing::Command const& command : mCommands) {
@@ -172,7 +181,7 @@ TEST_F(CoreTest, ComponentThatAsksForAnInterfaceDuringStartGetsTheInstanceWithou
     mAnswers.push_back(InterfaceFactory::getInterface(IID_ICoreData));
   });
   mSet.log.clear();
-  mCore->initialize();
+  startAgain();
   EXPECT_THAT(mAnswers, ElementsAre(mCore, mCore));
   EXPECT_EQ(mSet.log.count(PCRealDebug::Trace, "Core::initialize: Entry."), 1);
 }
@@ -192,7 +201,7 @@ TEST_F(CoreTest, ExceptionOfAComponentLeavesTheStart) {
     }
   });
   add("b");
-  EXPECT_THROW(mCore->initialize(), std::logic_error);
+  EXPECT_THROW(startAgain(), std::logic_error);
   EXPECT_THAT(sent(), ElementsAre("a 0"));
 }
 
@@ -217,12 +226,13 @@ TEST(CoreWithoutWorker, RequestsFromBeforeItsStartRunAfterwardsInOrder) {
   core->setData(SmallSet::cNamePath, "late", &listener, true);
   GUID const second = core->requestData(SmallSet::cNamePath, nullptr, &listener);
   EXPECT_THAT(listener.all(), IsEmpty());
+  core->unregisterDataProvider("/Zelv/Devices");
   core->initialize();
   ASSERT_TRUE(listener.waitFor(second));
   auto const told = listener.all();
   ASSERT_EQ(told.size(), 2U);
   EXPECT_EQ(told[0].id, first);
-  EXPECT_EQ(told[0].value, "true");
+  EXPECT_EQ(told[0].value, "false");
   EXPECT_EQ(told[1].id, second);
   EXPECT_EQ(told[1].value, "late");
   InterfaceFactory::terminate();
@@ -338,7 +348,7 @@ TEST_F(CoreTest, StopWithTasksUnderWayWaitsForOneAndDropsTheRest) {
   std::size_t const told = mListener.all().size();
   ASSERT_NE(SmallSet::start(), nullptr);
   mCore = Core::requestCore();
-  EXPECT_EQ(read(SmallSet::cDiscoveryPath), "true");
+  EXPECT_EQ(read(SmallSet::cDiscoveryPath), "false");
   EXPECT_EQ(mListener.all().size(), told + 1);
 }
 

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "zelv/controller/testing/SmallDevices.h"
 #include "zelv/interfaces/IAppData.h"
 #include "zelv/interfaces/ICoreData.h"
 #include "zelv/interfaces/InterfaceFactory.h"
@@ -19,7 +20,7 @@ class RunningSystem {
   RunningSystem() {
     directories.putReadOnly("Configuration.xml", cFile);
     directories.putReadOnly("Applications.xml", "<Applications/>");
-    directories.putReadOnly("Devices.xml", "<Devices/>");
+    directories.putReadOnly("Devices.xml", Zelv::Testing::cSmallDevices);
     // What the start logs is for other tests.
     PCRealDebug::Silence();
     started = InterfaceFactory::initialize();

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "zelv/controller/testing/SmallDevices.h"
 #include "zelv/core/Core.h"
 #include "zelv/interfaces/InterfaceFactory.h"
 #include "zelv/platform/fake/FakeLog.h"
@@ -10,11 +11,11 @@
 namespace Zelv::Testing {
 
 /// A set with small factory files, on the fakes, with its log. The library does not run at first,
-/// and is stopped at the end.
+/// and is stopped at the end. Discovery is off: many of these run at a time on one machine.
 class SmallSet {
  public:
   static constexpr char const* cConfiguration =
-      "<Configuration><ZelvDiscovery>true</ZelvDiscovery></Configuration>";
+      "<Configuration><ZelvDiscovery>false</ZelvDiscovery></Configuration>";
   static constexpr char const* cApplications =
       "<Applications><ActiveApplication><Name>none</Name><Type/></ActiveApplication>"
       "</Applications>";
@@ -25,7 +26,7 @@ class SmallSet {
   SmallSet() {
     directories.putReadOnly("Configuration.xml", cConfiguration);
     directories.putReadOnly("Applications.xml", cApplications);
-    directories.putReadOnly("Devices.xml", "<Devices/>");
+    directories.putReadOnly("Devices.xml", cSmallDevices);
   }
   SmallSet(SmallSet const&) = delete;
   SmallSet& operator=(SmallSet const&) = delete;
