@@ -1,0 +1,57 @@
+"""The network of a home: a namespace for each node and one, "lan", in which their cables meet."""
+
+import os
+import subprocess
+
+
+class NetworkError(RuntimeError):
+    pass
+
+
+def ip(*arguments, lines=None):
+    """Runs `ip`; with lines, those are its commands."""
+    command = ["ip"] + list(arguments) + (["-batch", "-"] if lines else [])
+    done = subprocess.run(command, input="\n".join(lines) if lines else "", text=True, check=False,
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+    if done.returncode != 0:
+        raise NetworkError(f"{' '.join(command)}: {done.stdout.strip()}")
+
+
+def address(number):
+    return f"10.77.{number // 250}.{number % 250 + 1}"
+
+
+class Network:
+    def __init__(self, home):
+        self.home = home
+
+    def namespace(self, node):
+        return f"zelv-{self.home}-{node}"
+
+    def at(self, node):
+        """What stands before a command that is to run at the node; it becomes that command."""
+        return ["nsenter", "--net=" + os.path.join("/run/netns", self.namespace(node)), "--"]
+
+    def build(self, nodes, bridged):
+        """@param nodes  name to address. Without a bridge the cables' ends in "lan", named after
+        the nodes, are left for lab/wire."""
+        lan = self.namespace("lan")
+        ip(lines=[f"netns add {self.namespace(node)}" for node in ["lan", *nodes]])
+        ip(lines=[f"link add name eth0 netns {self.namespace(node)} type veth "
+                  f"peer name {node} netns {lan}" for node in nodes])
+        for node, address_of_node in nodes.items():
+            ip("-n", self.namespace(node), lines=[
+                "link set lo up", f"addr add {address_of_node}/16 broadcast 10.77.255.255 dev eth0",
+                "link set eth0 up", "route add 224.0.0.0/4 dev eth0"])
+        ends = [f"link set {node} up" for node in nodes]
+        if bridged:
+            ends = (["link add bridge0 type bridge mcast_snooping 0", "link set bridge0 up"] +
+                    [f"link set {node} master bridge0" for node in nodes] + ends)
+        ip("-n", lan, lines=ends)
+
+    def remove(self, nodes):
+        """Also what is there in part only."""
+        for node in [*nodes, "lan"]:
+            if os.path.exists(os.path.join("/run/netns", self.namespace(node))):
+                subprocess.run(["ip", "netns", "delete", self.namespace(node)], check=False,
+                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)

@@ -1,0 +1,75 @@
+"""Processes that were started here, found again by number and start, so that no other is ever ended."""
+
+import os
+import signal
+import time
+
+TICKS = os.sysconf("SC_CLK_TCK")
+
+
+def fields(pid):
+    """What /proc/PID/stat says behind the program's name; empty when there is no such process."""
+    try:
+        with open(f"/proc/{pid}/stat", encoding="ascii", errors="replace") as text:
+            return text.read().rpartition(")")[2].split()
+    except OSError:
+        return []
+
+
+class Process:
+    def __init__(self, pid, started=None):
+        self.pid = pid
+        self.started = started or self._start()
+
+    def _start(self):
+        found = fields(self.pid)
+        return found[19] if found else None
+
+    def noted(self):
+        return [self.pid, self.started]
+
+    def is_alive(self):
+        try:
+            os.waitpid(self.pid, os.WNOHANG)
+        except ChildProcessError:
+            pass  # it is another's child, or it is gone
+        found = fields(self.pid)
+        return bool(found) and found[19] == self.started and found[0] not in "ZX"
+
+    def signal(self, number):
+        if self.is_alive():
+            os.kill(self.pid, number)
+
+    def wait(self, seconds):
+        """@return whether it has ended within the time."""
+        deadline = time.monotonic() + seconds
+        while self.is_alive():
+            if time.monotonic() > deadline:
+                return False
+            time.sleep(0.005)
+        return True
+
+    def processor_seconds(self):
+        found = fields(self.pid)
+        return (int(found[11]) + int(found[12])) / TICKS
+
+    def status(self, name):
+        """A number of /proc/PID/status: "VmRSS" in KiB, "Threads"."""
+        with open(f"/proc/{self.pid}/status", encoding="ascii", errors="replace") as text:
+            for line in text:
+                if line.startswith(name + ":"):
+                    return int(line.split()[1])
+        raise KeyError(name)
+
+    def descriptors(self):
+        return len(os.listdir(f"/proc/{self.pid}/fd"))
+
+
+def end_all(processes, seconds):
+    """Asks all to end, and ends those that have not after the time."""
+    for number in (signal.SIGTERM, signal.SIGKILL):
+        for process in processes:
+            process.signal(number)
+        deadline = time.monotonic() + seconds
+        for process in processes:
+            process.wait(max(0.0, deadline - time.monotonic()))
