@@ -30,6 +30,22 @@ std::string makeAbsolute(std::string& aPath) {
                               aPath;
 }
 
+constexpr std::size_t kLongestName = 128;
+
+/// A name goes into the messages to other devices as it stands, so one with markup in it would make
+/// them unreadable.
+std::string checkName(std::string const& aName) {
+  if (aName.empty() || aName.size() > kLongestName) {
+    return "a name has 1 to " + std::to_string(kLongestName) + " bytes";
+  }
+  bool const isPlainText = std::none_of(aName.begin(), aName.end(), [](unsigned char aCharacter) {
+    return aCharacter < 0x20U || aCharacter == 0x7FU || aCharacter == '<' || aCharacter == '&';
+  });
+  return isPlainText ? ""
+                     : "a name holds no '<', no '&' and no control characters: other devices could "
+                       "not read what this one sends";
+}
+
 std::map<std::string, std::optional<PCRealDebug::Level>> const kLevels = {
     {"off", std::nullopt},
     {"error", PCRealDebug::Error},
@@ -55,6 +71,9 @@ std::optional<Options> Options::Parse(int aCount, char const* const* aArguments,
       ->type_name("DIR")
       ->check(CLI::ExistingDirectory)
       ->transform(absolute);
+  app.add_option("--name", options.name, "what the set is called from now on")
+      ->type_name("NAME")
+      ->check(CLI::Validator(checkName, ""));
   app.add_option("--log", level,
                  "what is logged to standard error: off, error, warning, notable, detail or trace "
                  "(default: warning)")

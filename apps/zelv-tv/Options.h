@@ -11,6 +11,8 @@ namespace ZelvTv {
 struct Options {
   std::string writable;
   std::string factory;
+  /// What the set is called from now on; empty to leave the name as it is.
+  std::string name;
   /// None for a silent log.
   std::optional<PCRealDebug::Level> logLevel = PCRealDebug::Warning;
 

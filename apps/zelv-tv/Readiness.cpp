@@ -11,7 +11,7 @@ char const* const kAddressPath =
     "/Zelv/Devices/LocalTV/Interfaces/NetworkInterface/IPv4/Address/text()";
 
 std::string fieldOf(std::string const* aValue) {
-  return aValue == nullptr || aValue->empty() ? "-" : ValueText::ToLine(*aValue);
+  return ValueText::ToField(aValue == nullptr ? "" : *aValue);
 }
 
 }  // namespace

@@ -29,6 +29,8 @@ std::vector<Session::Command> const& Session::commands() {
       {"sub", "PATH", "subscribe; the present value and each change come as \"data\"",
        &Session::subscribe},
       {"unsub", "ID", "end a subscription", &Session::unsubscribe},
+      {"devices", "", "the other devices of the home; behind them how many there are",
+       &Session::devices},
       {"timer", "MS NAME", "go off once, in so many milliseconds: \"fired ID NAME\"",
        &Session::timer},
       {"help", "", "this list; in values \\n is a line feed, \\\\ a backslash, \\xHH any byte",
@@ -96,6 +98,14 @@ Session::Lines Session::unsubscribe(Arguments& aArguments) {
   mTree.unsubscribeData(entry->second);
   mSubscriptions.erase(entry);
   return {"unsubscribed " + id};
+}
+
+Session::Lines Session::devices(Arguments& aArguments) {
+  aArguments.End();
+  Lines lines = mDevices.List();
+  std::string const count = std::to_string(lines.size());
+  lines.push_back("devices " + count);
+  return lines;
 }
 
 Session::Lines Session::timer(Arguments& aArguments) {

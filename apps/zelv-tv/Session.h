@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "apps/zelv-tv/Arguments.h"
+#include "apps/zelv-tv/DeviceWatch.h"
 #include "apps/zelv-tv/TreeListener.h"
 #include "zelv/Zelv.h"
 
@@ -15,8 +16,9 @@ namespace ZelvTv {
 class Session {
  public:
   /// All arguments MUST live until the library has stopped.
-  Session(Zelv::IAppData& aTree, Zelv::IAppTimer& aTimers, TreeListener& aListener)
-      : mTree(aTree), mTimers(aTimers), mListener(aListener) {}
+  Session(Zelv::IAppData& aTree, Zelv::IAppTimer& aTimers, TreeListener& aListener,
+          DeviceWatch const& aDevices)
+      : mTree(aTree), mTimers(aTimers), mListener(aListener), mDevices(aDevices) {}
 
   /// Carries out one line and gives the lines to print for it at once; answers of the tree come
   /// later, as events.
@@ -42,6 +44,7 @@ class Session {
   Lines add(Arguments& aArguments);
   Lines subscribe(Arguments& aArguments);
   Lines unsubscribe(Arguments& aArguments);
+  Lines devices(Arguments& aArguments);
   Lines timer(Arguments& aArguments);
   Lines help(Arguments& aArguments);
   Lines quit(Arguments& aArguments);
@@ -49,6 +52,7 @@ class Session {
   Zelv::IAppData& mTree;
   Zelv::IAppTimer& mTimers;
   TreeListener& mListener;
+  DeviceWatch const& mDevices;
   /// The tree is silent about an identifier that it does not know; so typing errors are found here.
   std::map<std::string, Zelv::GUID> mSubscriptions;
   bool mEnded = false;

@@ -5,6 +5,8 @@
 
 #include <optional>
 
+#include "apps/zelv-tv/testing/TreeMock.h"
+
 namespace ZelvTv {
 namespace {
 
@@ -14,21 +16,6 @@ using testing::Return;
 using testing::StartsWith;
 using testing::Throw;
 using Zelv::GUID;
-
-class TreeMock : public virtual Zelv::IAppData {
- public:
-  MOCK_METHOD(GUID, setData,
-              (std::string const&, std::string const&, Zelv::IBaseDataCallback*, bool), (override));
-  MOCK_METHOD(GUID, addData,
-              (std::string const&, std::string const&, Zelv::IBaseDataCallback*, bool), (override));
-  MOCK_METHOD(GUID, requestData,
-              (std::string const&, Zelv::ContextInformation const*, Zelv::IBaseDataCallback*),
-              (override));
-  MOCK_METHOD(GUID, subscribeData,
-              (std::string const&, Zelv::ContextInformation const*, Zelv::IBaseDataCallback*),
-              (override));
-  MOCK_METHOD(void, unsubscribeData, (GUID), (override));
-};
 
 class TimersMock : public virtual Zelv::IAppTimer {
  public:
@@ -46,7 +33,8 @@ class SessionTest : public testing::Test {
   testing::StrictMock<TimersMock> mTimers;
   EventQueue mEvents;
   TreeListener mListener{mEvents, mTimers};
-  Session mSession{mTree, mTimers, mListener};
+  DeviceWatch mDevices{mEvents, mTree};
+  Session mSession{mTree, mTimers, mListener, mDevices};
 };
 
 TEST_F(SessionTest, ReadsThroughTheTree) {
@@ -114,8 +102,15 @@ TEST_F(SessionTest, HelpNamesEveryCommand) {
   EXPECT_THAT(mSession.Execute("help"),
               ElementsAre(StartsWith("help get PATH "), StartsWith("help set PATH VALUE "),
                           StartsWith("help add PATH VALUE "), StartsWith("help sub PATH "),
-                          StartsWith("help unsub ID "), StartsWith("help timer MS NAME "),
-                          StartsWith("help help "), StartsWith("help quit ")));
+                          StartsWith("help unsub ID "), StartsWith("help devices "),
+                          StartsWith("help timer MS NAME "), StartsWith("help help "),
+                          StartsWith("help quit ")));
+}
+
+TEST_F(SessionTest, CountsTheDevicesOfAnEmptyHome) {
+  EXPECT_THAT(mSession.Execute("devices"), ElementsAre("devices 0"));
+  EXPECT_THAT(mSession.Execute("devices now"),
+              ElementsAre("error 'now' is too much; usage: devices"));
 }
 
 TEST_F(SessionTest, QuitEndsIt) {

@@ -47,6 +47,17 @@ std::string ValueText::ToLine(std::string_view aValue) {
   return line;
 }
 
+std::string ValueText::ToField(std::string_view aValue) {
+  if (aValue.empty()) {
+    return "-";
+  }
+  std::string field;
+  for (char const byte : ToLine(aValue)) {
+    field += byte == ' ' ? std::string("\\x20") : std::string(1, byte);
+  }
+  return field;
+}
+
 std::optional<std::string> ValueText::FromLine(std::string_view aText) {
   std::string value;
   value.reserve(aText.size());

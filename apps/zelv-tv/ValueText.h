@@ -12,6 +12,10 @@ class ValueText {
  public:
   static std::string ToLine(std::string_view aValue);
 
+  /// A value that is followed by others on its line: a blank is "\\x20" too, and one that is empty
+  /// is "-".
+  static std::string ToField(std::string_view aValue);
+
   /// The way back; nothing when a backslash begins none of the three forms.
   static std::optional<std::string> FromLine(std::string_view aText);
 };

@@ -27,6 +27,12 @@ TEST(ValueText, WritesOtherControlBytesByNumber) {
   EXPECT_EQ(ValueText::ToLine("\x1b[K\0\x7f"s), "\\x1b[K\\x00\\x7f");
 }
 
+TEST(ValueText, AFieldHoldsNoBlankAndIsNeverEmpty) {
+  EXPECT_EQ(ValueText::ToField("a b\nc"), "a\\x20b\\nc");
+  EXPECT_EQ(ValueText::FromLine("a\\x20b"), "a b");
+  EXPECT_EQ(ValueText::ToField(""), "-");
+}
+
 TEST(ValueText, RefusesABackslashThatBeginsNoForm) {
   for (char const* text : {"\\", "a\\", "\\t", "\\x", "\\x1", "\\xg0", "\\x-1", "\\\\\\"}) {
     EXPECT_EQ(ValueText::FromLine(text), std::nullopt) << text;

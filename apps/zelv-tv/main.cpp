@@ -7,8 +7,10 @@
 
 #include "apps/StopSignal.h"
 #include "apps/zelv-tv/Console.h"
+#include "apps/zelv-tv/DeviceWatch.h"
 #include "apps/zelv-tv/EventQueue.h"
 #include "apps/zelv-tv/Library.h"
+#include "apps/zelv-tv/LocalName.h"
 #include "apps/zelv-tv/Options.h"
 #include "apps/zelv-tv/Readiness.h"
 #include "apps/zelv-tv/Session.h"
@@ -30,6 +32,9 @@ void applyOptions(ZelvTv::Options const& aOptions) {
   }
   Directories::Set(aOptions.factory.empty() ? Directories::ReadOnly() : aOptions.factory,
                    aOptions.writable.empty() ? Directories::Writable() : aOptions.writable);
+  if (!aOptions.name.empty()) {
+    ZelvTv::LocalName::Write(aOptions.name);
+  }
 }
 
 int run(ZelvTv::Options const& aOptions) {
@@ -42,6 +47,7 @@ int run(ZelvTv::Options const& aOptions) {
   std::optional<ZelvTv::TreeListener> listener;
   std::optional<ZelvTv::Readiness> readiness;
   std::optional<ZelvTv::Settling> settling;
+  std::optional<ZelvTv::DeviceWatch> devices;
 
   ZelvTv::Library const library;
   if (!library.IsUp()) {
@@ -58,7 +64,10 @@ int run(ZelvTv::Options const& aOptions) {
   listener.emplace(events, timers);
   settling.emplace(events, tree);
   readiness.emplace(events, tree);
-  ZelvTv::Session session(tree, timers, *listener);
+  // Behind the reads of readiness, so that "ready" is the first line.
+  devices.emplace(events, tree);
+  devices->Begin();
+  ZelvTv::Session session(tree, timers, *listener, *devices);
   return ZelvTv::Console(events, stop, session, *readiness, *settling).Run();
 }
 
