@@ -40,7 +40,7 @@ TvProcess::TvProcess(std::vector<std::string> const& aArguments, std::string con
     ADD_FAILURE() << "no way to talk to zelv-tv";
     return;
   }
-  spawn(aArguments, aLogFile, childEnds);
+  start(aArguments, aLogFile, childEnds);
   ::close(childEnds[0]);
   ::close(childEnds[1]);
 }
@@ -69,9 +69,12 @@ bool TvProcess::open(Channel aChannel, std::array<int, 2>& aChildEnds) {
   return true;
 }
 
-void TvProcess::spawn(std::vector<std::string> const& aArguments, std::string const& aLogFile,
+void TvProcess::start(std::vector<std::string> const& aArguments, std::string const& aLogFile,
                       std::array<int, 2> const& aChildEnds) {
-  std::vector<char*> arguments{const_cast<char*>(ZELV_TEST_TV)};
+  // It becomes the set, with the same process number; only root may do so without a user namespace.
+  std::vector<char*> arguments{const_cast<char*>("unshare"),
+                               const_cast<char*>(::geteuid() == 0 ? "-n" : "-Urn"),
+                               const_cast<char*>("--"), const_cast<char*>(ZELV_TEST_TV)};
   for (std::string const& argument : aArguments) {
     arguments.push_back(const_cast<char*>(argument.c_str()));
   }
@@ -82,8 +85,9 @@ void TvProcess::spawn(std::vector<std::string> const& aArguments, std::string co
   posix_spawn_file_actions_adddup2(&actions, aChildEnds[1], STDOUT_FILENO);
   posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, aLogFile.c_str(),
                                    O_WRONLY | O_CREAT | O_APPEND, 0666);
-  if (::posix_spawn(&mProcess, ZELV_TEST_TV, &actions, nullptr, arguments.data(), environ) != 0) {
-    ADD_FAILURE() << "cannot start " << ZELV_TEST_TV;
+  if (::posix_spawnp(&mProcess, arguments.front(), &actions, nullptr, arguments.data(), environ) !=
+      0) {
+    ADD_FAILURE() << "cannot start " << ZELV_TEST_TV << " through unshare";
     mProcess = -1;
   }
   posix_spawn_file_actions_destroy(&actions);

@@ -9,6 +9,9 @@
 
 /// A zelv-tv of its own process, spoken to through pipes or as at a terminal. Each wait is bounded;
 /// one that ends in vain fails the test and shows what came instead.
+///
+/// It runs in a network namespace of its own without any network, so that tests neither speak to
+/// the home that the machine stands in nor meet each other.
 class TvProcess {
  public:
   /// What its standard input and output are.
@@ -52,7 +55,7 @@ class TvProcess {
  private:
   /// Makes both ends of the channel; false if there are none.
   bool open(Channel aChannel, std::array<int, 2>& aChildEnds);
-  void spawn(std::vector<std::string> const& aArguments, std::string const& aLogFile,
+  void start(std::vector<std::string> const& aArguments, std::string const& aLogFile,
              std::array<int, 2> const& aChildEnds);
   bool readMore();
 

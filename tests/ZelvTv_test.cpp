@@ -20,6 +20,7 @@ using testing::MatchesRegex;
 using testing::StartsWith;
 
 char const* const kInterval = "/Zelv/Configuration/UPnP/Ping/Interval/text()";
+char const* const kName = "/Zelv/Devices/LocalTV/Name/text()";
 char const* const kPing = "/Zelv/Configuration/UPnP/Ping";
 
 std::string contentOf(std::string const& aPath) {
@@ -36,6 +37,9 @@ std::string wordOf(std::string const& aLine, int aNumber) {
   }
   return begin == std::string::npos ? "" : aLine.substr(begin, aLine.find(' ', begin) - begin);
 }
+
+/// A set that has an identity and no network.
+char const* const kReady = "ready [0-9a-f-]{36} -";
 
 class ZelvTv : public testing::Test {
  protected:
@@ -57,7 +61,7 @@ class ZelvTv : public testing::Test {
   /// A set that has said that it is ready.
   std::unique_ptr<TvProcess> Start() {
     auto tv = std::make_unique<TvProcess>(Arguments(), Log());
-    EXPECT_EQ(tv->Line(), "ready - -");
+    EXPECT_THAT(tv->Line(), MatchesRegex(kReady));
     return tv;
   }
 
@@ -83,7 +87,8 @@ class ZelvTv : public testing::Test {
 
 TEST_F(ZelvTv, MakesAFreshDirectoryFromTheFactoryFilesAndWorksInIt) {
   auto const tv = Start();
-  EXPECT_EQ(contentOf(Data() + "/Devices.xml"), contentOf(Factory() + "/Devices.xml"));
+  EXPECT_EQ(contentOf(Data() + "/Configuration.xml"), contentOf(Factory() + "/Configuration.xml"));
+  EXPECT_THAT(contentOf(Data() + "/Devices.xml"), HasSubstr("<Name>Television</Name>"));
   EXPECT_EQ(tv->WorkingDirectory(), std::filesystem::canonical(Data()).string());
 }
 
@@ -206,7 +211,8 @@ TEST_F(ZelvTv, WrongInputGivesOneClearLineAndTheNextCommandWorks) {
 TEST_F(ZelvTv, HelpIsForPeopleAndStillOneWordALine) {
   auto const tv = Start();
   tv->Say("help");
-  for (char const* command : {"get", "set", "add", "sub", "unsub", "timer", "help", "quit"}) {
+  for (char const* command :
+       {"get", "set", "add", "sub", "unsub", "devices", "timer", "help", "quit"}) {
     EXPECT_THAT(tv->Line(), StartsWith(std::string("help ") + command + " "));
   }
 }
@@ -220,7 +226,8 @@ TEST_F(ZelvTv, ShowsNoPromptToAProgram) {
 
 TEST_F(ZelvTv, ShowsAPromptToAPersonWheneverItListens) {
   TvProcess tv(Arguments(), Log(), TvProcess::Channel::Terminal);
-  tv.WaitFor("ready - -\r\nzelv> ");
+  tv.WaitFor("ready ");
+  tv.WaitFor(" -\r\nzelv> ");
   tv.Say("get");
   tv.WaitFor("error an argument is missing; usage: get PATH\r\nzelv> ");
   tv.Say("timer 1 tea");
@@ -293,6 +300,59 @@ TEST_F(ZelvTv, RepairsACorruptFileAtTheStart) {
               HasSubstr("ZelvFileUtil::checkIsFileAvailable: File successfully restored!"));
 }
 
+TEST_F(ZelvTv, HasOneIdentityForEver) {
+  TvProcess first(Arguments(), Log());
+  std::string const line = first.Line();
+  EXPECT_THAT(line, MatchesRegex(kReady));
+  first.Say("quit");
+  EXPECT_EQ(first.ExitStatus(), 0);
+  TvProcess second(Arguments(), Log());
+  EXPECT_EQ(second.Line(), line);
+  EXPECT_EQ(Get(second, "/Zelv/Devices/LocalTV/@ID"), wordOf(line, 1));
+}
+
+TEST_F(ZelvTv, TakesAndKeepsANameFromTheFirstStartOn) {
+  auto arguments = Arguments();
+  arguments.insert(arguments.end(), {"--name", "Tom's \"TV\""});
+  {
+    TvProcess tv(arguments, Log());
+    EXPECT_THAT(tv.Line(), MatchesRegex(kReady));
+    EXPECT_EQ(Get(tv, kName), "Tom's \"TV\"");
+  }
+  EXPECT_EQ(Get(*Start(), kName), "Tom's \"TV\"");
+  arguments.back() = "Kitchen";
+  TvProcess tv(arguments, Log());
+  EXPECT_THAT(tv.Line(), MatchesRegex(kReady));
+  EXPECT_EQ(Get(tv, kName), "Kitchen");
+}
+
+TEST_F(ZelvTv, SaysSoWhenANameCannotBeStored) {
+  std::filesystem::remove(Factory() + "/Devices.xml");
+  auto arguments = Arguments();
+  arguments.insert(arguments.end(), {"--name", "Kitchen"});
+  TvProcess tv(arguments, Log());
+  EXPECT_TRUE(tv.SaysNothingMore());
+  EXPECT_EQ(tv.ExitStatus(), 1);
+  EXPECT_THAT(contentOf(Log()), HasSubstr("zelv-tv: --name: " + Data() + "/Devices.xml is not"));
+}
+
+TEST_F(ZelvTv, KnowsNobodyWithoutANetwork) {
+  auto const tv = Start();
+  tv->Say("devices");
+  EXPECT_EQ(tv->Line(), "devices 0");
+}
+
+TEST_F(ZelvTv, StartsWithItsDiscoverySwitchedOff) {
+  std::string configuration = contentOf(Factory() + "/Configuration.xml");
+  std::string const on = "<ZelvDiscovery>true";
+  ASSERT_NE(configuration.find(on), std::string::npos);
+  configuration.replace(configuration.find(on), on.size(), "<ZelvDiscovery>false");
+  std::ofstream(Factory() + "/Configuration.xml") << configuration;
+  auto const tv = Start();
+  tv->Say("devices");
+  EXPECT_EQ(tv->Line(), "devices 0");
+}
+
 TEST_F(ZelvTv, SaysSoWhenTheTreeDoesNotComeUp) {
   std::filesystem::remove(Factory() + "/Configuration.xml");
   TvProcess tv(Arguments(), Log());
@@ -304,7 +364,7 @@ TEST_F(ZelvTv, SaysSoWhenTheTreeDoesNotComeUp) {
 
 TEST_F(ZelvTv, ASilentLogIsSilent) {
   TvProcess tv({"--data", Data(), "--factory", Factory(), "--log", "off"}, Log());
-  EXPECT_EQ(tv.Line(), "ready - -");
+  EXPECT_THAT(tv.Line(), MatchesRegex(kReady));
   tv.Say("quit");
   EXPECT_EQ(tv.ExitStatus(), 0);
   EXPECT_EQ(contentOf(Log()), "");
@@ -316,6 +376,7 @@ TEST_F(ZelvTv, RefusesArgumentsThatAreWrongInOneLine) {
       {"--log", "loud"},
       {"--factory", mFolder + "/nowhere"},
       {"--data", mFolder + "/a blank"},
+      {"--name", "Tom & Ann"},
       {"word"},
   };
   for (auto const& arguments : rows) {
