@@ -8,19 +8,20 @@ using Infrastructure::GUID;
 
 std::string DiscoveryMessages::envelope(std::string const& aHeaderRest,
                                         std::string const& aBody) const {
-  return "<Envelope><Header><SenderID>" + mLocal.mId + "</SenderID><MessageID>" +
+  return "<Envelope><Header><SenderID>" + mSettings.mLocalTvDeviceId + "</SenderID><MessageID>" +
          GUID::createGUID().toString() + "</MessageID>" + aHeaderRest + "</Header><Body>" + aBody +
          "</Body></Envelope>";
 }
 
 // A bare address: readers of "From" have never been given more.
 std::string DiscoveryMessages::from() const {
-  return "<From>" + mLocal.mAddress + "</From>";
+  return "<From>" + mSettings.mLocalInterfaceAddress + "</From>";
 }
 
 // Without a final slash; the answer comes to the port that hears the group, unicast.
 std::string DiscoveryMessages::replyTo() const {
-  return "<ReplyTo>udp://" + mLocal.mAddress + ":" + mLocal.mMulticastPort + "</ReplyTo>";
+  return "<ReplyTo>udp://" + mSettings.mLocalInterfaceAddress + ":" + mSettings.mMulticastPort +
+         "</ReplyTo>";
 }
 
 std::string DiscoveryMessages::probe() const {
@@ -33,11 +34,12 @@ std::string DiscoveryMessages::resolve(std::string const& aDeviceId) const {
 }
 
 std::string DiscoveryMessages::bye() const {
-  return envelope(from(), "<Bye><Device ID='" + mLocal.mId + "' /></Bye>");
+  return envelope(from(), "<Bye><Device ID='" + mSettings.mLocalTvDeviceId + "' /></Bye>");
 }
 
 std::string DiscoveryMessages::heartBeat() const {
-  return envelope(from(), "<HeartBeat><Device ID='" + mLocal.mId + "' /></HeartBeat>");
+  return envelope(from(),
+                  "<HeartBeat><Device ID='" + mSettings.mLocalTvDeviceId + "' /></HeartBeat>");
 }
 
 std::string DiscoveryMessages::hello(std::string const& aName) const {
@@ -59,17 +61,18 @@ std::string DiscoveryMessages::resolveMatch(std::string const& aName,
 std::string DiscoveryMessages::device(std::string const& aName) const {
   // The ports are what this system listens on; they follow no setting. TVControl is announced
   // although nobody listens there: phones look for the entry.
-  return "<Device ID='" + mLocal.mId + "'><Name>" + aName + "</Name><Model>" + mLocal.mModel +
-         "</Model><Location>" + mLocal.mLocation + "</Location><Type>TV</Type><Services>" +
-         service("DataControl", "tcp", "4446") + service("TVControl", "tcp", "4447") +
-         service("CommandControl", "tcp", "4448") + service("InputControl", "udp", "4449") +
-         service("AssetManagement", "http", "4450") + "</Services></Device>";
+  return "<Device ID='" + mSettings.mLocalTvDeviceId + "'><Name>" + aName + "</Name><Model>" +
+         mSettings.mLocalTvModel + "</Model><Location>" + mSettings.mLocalTvLocation +
+         "</Location><Type>TV</Type><Services>" + service("DataControl", "tcp", "4446") +
+         service("TVControl", "tcp", "4447") + service("CommandControl", "tcp", "4448") +
+         service("InputControl", "udp", "4449") + service("AssetManagement", "http", "4450") +
+         "</Services></Device>";
 }
 
 std::string DiscoveryMessages::service(char const* aName, char const* aProtocol,
                                        char const* aPort) const {
   return std::string("<Service><Name>") + aName + "</Name><URL>" + aProtocol + "://" +
-         mLocal.mAddress + ":" + aPort + "/</URL></Service>";
+         mSettings.mLocalInterfaceAddress + ":" + aPort + "/</URL></Service>";
 }
 
 }  // namespace Zelv

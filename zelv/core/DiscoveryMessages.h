@@ -2,23 +2,15 @@
 
 #include <string>
 
-namespace Zelv {
+#include "zelv/core/DiscoverySettings.h"
 
-/// What a set tells of itself in discovery.
-struct LocalDevice {
-  std::string mId;
-  std::string mModel;
-  std::string mLocation;
-  std::string mAddress;        ///< dotted; empty while it is not known
-  std::string mMulticastPort;  ///< as text
-};
+namespace Zelv {
 
 /// Writes the messages of discovery. They are put together as text: nothing in them is escaped, and
 /// peers read the very form that stands here.
 class DiscoveryMessages {
  public:
-  /// aLocal is not copied and outlives this object.
-  explicit DiscoveryMessages(LocalDevice const& aLocal) : mLocal(aLocal) {}
+  explicit DiscoveryMessages(DiscoverySettings const& aSettings) : mSettings(aSettings) {}
 
   std::string probe() const;
   std::string resolve(std::string const& aDeviceId) const;
@@ -38,7 +30,7 @@ class DiscoveryMessages {
   std::string device(std::string const& aName) const;
   std::string service(char const* aName, char const* aProtocol, char const* aPort) const;
 
-  LocalDevice const& mLocal;
+  DiscoverySettings const& mSettings;
 };
 
 }  // namespace Zelv

@@ -6,10 +6,12 @@
 
 #include "zelv/adapter/NetworkAdapter.h"
 #include "zelv/adapter/NetworkConnection.h"
+#include "zelv/core/DiscoveryMessages.h"
 #include "zelv/core/MultiDevice.h"
 #include "zelv/infrastructure/MultiString.h"
 #include "zelv/infrastructure/XPathGate.h"
 #include "zelv/interfaces/InterfaceFactory.h"
+#include "zelv/platform/CCmSocket.h"
 #include "zelv/platform/PCRealDebug.h"
 #include "zelv/platform/PCTime.h"
 #include "zelv/platform/TCAutoLock.h"
@@ -27,7 +29,6 @@ namespace {
 char const* const timerName = "HeartBeatTimer";
 /// Each message goes out so often; with one MessageID, so that receivers handle it once.
 constexpr int copies = 3;
-constexpr int patienceWithResolve = 10;
 constexpr long longestInterval = 86400;
 
 std::string read(HierarchicalDB& aDocument, std::string const& aXPath) {
@@ -36,11 +37,25 @@ std::string read(HierarchicalDB& aDocument, std::string const& aXPath) {
   return result;
 }
 
-/// Answers go to one host. Sent to a group or to nowhere in particular they would be multiplied.
+/// Answers go to one host. Sent to a group or to nowhere in particular they would be multiplied, by
+/// the network or by this set, which hears what it sends to 0.0.0.0. A number has many spellings.
 bool isOneHost(URL const& aUrl) {
+  using Adapter::NetworkConnection;
   std::string const domain = aUrl.getDomainName();
-  return !Adapter::NetworkConnection::isMulticastAddress(domain) && domain != "255.255.255.255" &&
-         domain != "0.0.0.0";
+  std::string const address =
+      CCmSocket::AddressValueToString(CCmSocket::StringToNumeric(domain.c_str()));
+  return !NetworkConnection::isMulticastAddress(domain) &&
+         !NetworkConnection::isMulticastAddress(address) && domain != "255.255.255.255" &&
+         address != "0.0.0.0";
+}
+
+std::optional<URL> addressOfOneHost(std::string const& aText) {
+  try {
+    URL const url(aText);
+    return isOneHost(url) ? std::optional(url) : std::nullopt;
+  } catch (std::exception const&) {
+    return {};
+  }
 }
 
 /// An interval out of a damaged file must neither stop the timer nor let everybody die at each
@@ -53,7 +68,9 @@ std::int32_t interval(std::string const& aText) {
 }  // namespace
 
 Core::DiscoveryService::DiscoveryService(MultiDevice* aMultiDevice)
-    : mMultiDevice(aMultiDevice), mMessages(mLocal) {}
+    : mMultiDevice(aMultiDevice),
+      mSettings(std::make_shared<DiscoverySettings const>()),
+      mAnswerSender([this](OutgoingMessage const& aAnswer) { send(aAnswer); }) {}
 
 Core::DiscoveryService::~DiscoveryService() {
   TraceScope trace("DiscoveryService::~DiscoveryService");
@@ -68,10 +85,8 @@ void Core::DiscoveryService::initialize() {
   if (!obtainInterfaces()) {
     return;
   }
-  mNetworkAdapter = NetworkAdapter::getInstance();
   readSettings();
-  mMulticastSendUrl = std::make_unique<URL>("udp", mMulticastGroup, mLocal.mMulticastPort, "");
-  mMulticastListenUrl = std::make_unique<URL>("udp", mMulticastGroup, mLocal.mMulticastPort, "");
+  mAnswerSender.begin();
   listen();
   PCTime::Sleep(2);
   SendProbe();
@@ -80,30 +95,42 @@ void Core::DiscoveryService::initialize() {
   startTimer();
 }
 
+// A second start finds the same ones, and other threads read the pointers by then.
 bool Core::DiscoveryService::obtainInterfaces() {
-  mCoreData = dynamic_cast<ICoreData*>(InterfaceFactory::getInterface(IID_ICoreData));
-  if (!mCoreData) {
+  auto* const data = dynamic_cast<ICoreData*>(InterfaceFactory::getInterface(IID_ICoreData));
+  if (!data) {
     PCRealDebug::Print(PCRealDebug::Error,
                        "DiscoveryService::initialize: Failed to obtain ICoreData interface.");
     return false;
   }
-  mCoreTimer = dynamic_cast<ICoreTimer*>(InterfaceFactory::getInterface(IID_ICoreTimer));
-  if (!mCoreTimer) {
+  auto* const timer = dynamic_cast<ICoreTimer*>(InterfaceFactory::getInterface(IID_ICoreTimer));
+  if (!timer) {
     PCRealDebug::Print(PCRealDebug::Error,
                        "DiscoveryService::initialize: Failed to obtain ICoreTimer interface.");
     return false;
+  }
+  if (!mNetworkAdapter) {
+    mCoreData = data;
+    mCoreTimer = timer;
+    mNetworkAdapter = NetworkAdapter::getInstance();
   }
   return true;
 }
 
 void Core::DiscoveryService::readSettings() {
-  mMulticastGroup = readSetting("/Zelv/Devices/MulticastGroup/text()");
-  mLocal.mMulticastPort = readSetting("/Zelv/Devices/MulticastPort/text()");
-  mLocal.mAddress =
+  DiscoverySettings read;
+  read.mMulticastGroup = readSetting("/Zelv/Devices/MulticastGroup/text()");
+  read.mMulticastPort = readSetting("/Zelv/Devices/MulticastPort/text()");
+  read.mLocalInterfaceAddress =
       readSetting("/Zelv/Devices/LocalTV/Interfaces/NetworkInterface/IPv4/Address/text()");
-  mLocal.mId = readSetting("/Zelv/Devices/LocalTV/@ID");
-  mLocal.mModel = readSetting("/Zelv/Devices/LocalTV/Model/text()");
-  mLocal.mLocation = readSetting("/Zelv/Devices/LocalTV/Location/text()");
+  read.mLocalTvDeviceId = readSetting("/Zelv/Devices/LocalTV/@ID");
+  read.mLocalTvModel = readSetting("/Zelv/Devices/LocalTV/Model/text()");
+  read.mLocalTvLocation = readSetting("/Zelv/Devices/LocalTV/Location/text()");
+  read.mMulticastSendUrl = URL("udp", read.mMulticastGroup, read.mMulticastPort, "");
+  read.mMulticastListenUrl = URL("udp", read.mMulticastGroup, read.mMulticastPort, "");
+  auto settings = std::make_shared<DiscoverySettings const>(std::move(read));
+  TCAutoLock lock(mLock);
+  mSettings = std::move(settings);
 }
 
 std::string Core::DiscoveryService::readSetting(char const* aXPath) {
@@ -112,26 +139,79 @@ std::string Core::DiscoveryService::readSetting(char const* aXPath) {
   return value;
 }
 
+Core::DiscoveryService::Settings Core::DiscoveryService::settings() {
+  TCAutoLock lock(mLock);
+  return mSettings;
+}
+
+// A failure may be this service's own listener at the same place, from an earlier start: it stays.
 void Core::DiscoveryService::listen() {
-  mServiceId = mNetworkAdapter->registerService(*mMulticastListenUrl, this, mLocal.mAddress);
+  TCAutoLock lock(mLock);
+  mListening = true;
+  GUID const handle = mNetworkAdapter->registerService(mSettings->mMulticastListenUrl, this,
+                                                       mSettings->mLocalInterfaceAddress);
+  if (handle == GUID::nullGUID) {
+    return;
+  }
+  if (!(mServiceId == GUID::nullGUID)) {
+    mNetworkAdapter->unregisterService(mServiceId);
+  }
+  mServiceId = handle;
+}
+
+// There was no cable at the start, perhaps; without this the set would stay deaf.
+void Core::DiscoveryService::listenIfDeaf() {
+  TCAutoLock lock(mLock);
+  if (mListening && mServiceId == GUID::nullGUID) {
+    listen();
+  }
 }
 
 void Core::DiscoveryService::startTimer() {
+  stopTimer();
   mHeartBeatInterval = interval(readSetting("/Zelv/Devices/HeartBeatInterval/text()"));
-  if (mHeartBeatInterval != 0) {
-    mHeartBeatTimerId = mCoreTimer->createTimer(static_cast<unsigned>(mHeartBeatInterval) * 1000,
-                                                -1, timerName, this);
+  if (mHeartBeatInterval == 0) {
+    return;
   }
+  GUID const timer = mCoreTimer->createTimer(static_cast<unsigned>(mHeartBeatInterval) * 1000, -1,
+                                             timerName, this);
+  TCAutoLock lock(mLock);
+  mHeartBeatTimerId = timer;
+}
+
+/// Ends the timer of an earlier start, if there is one.
+void Core::DiscoveryService::stopTimer() {
+  GUID timer;
+  {
+    TCAutoLock lock(mLock);
+    std::swap(timer, mHeartBeatTimerId);
+  }
+  if (!(timer == GUID::nullGUID)) {
+    mCoreTimer->destroyTimer(timer, this);
+  }
+}
+
+bool Core::DiscoveryService::wasStarted() {
+  return mNetworkAdapter != nullptr && !settings()->mMulticastSendUrl.getProtocol().empty();
 }
 
 void Core::DiscoveryService::terminate() {
   TraceScope trace("DiscoveryService::terminate");
-  if (!mCoreTimer || !mMulticastSendUrl) {
-    return;  // never started
+  if (!wasStarted()) {
+    return;
   }
-  mCoreTimer->destroyTimer(mHeartBeatTimerId, this);
+  GUID timer;
+  GUID service;
+  {
+    TCAutoLock lock(mLock);
+    mListening = false;
+    std::swap(timer, mHeartBeatTimerId);
+    std::swap(service, mServiceId);
+  }
+  mCoreTimer->destroyTimer(timer, this);
   SendBye();
-  mNetworkAdapter->unregisterService(mServiceId);
+  mNetworkAdapter->unregisterService(service);
+  mAnswerSender.end();
 }
 
 // What comes in
@@ -144,12 +224,12 @@ void Core::DiscoveryService::onMessage(std::string const& aMessage, std::string 
     answer = handle(aMessage);
   }
   if (answer) {
-    send(*answer);
+    sendAnswer(std::move(*answer));
   }
 }
 
 Core::DiscoveryService::Answer Core::DiscoveryService::handle(std::string const& aMessage) {
-  HierarchicalDB message;
+  HierarchicalDB& message = mMessage;
   if (message.loadFromString(aMessage) != 0) {
     PCRealDebug::Print(PCRealDebug::Error, "DiscoveryService::OnMessage: Failed to load Message.");
     return {};
@@ -187,7 +267,7 @@ Core::DiscoveryService::Answer Core::DiscoveryService::handleType(std::string co
 
 Core::DiscoveryService::Answer Core::DiscoveryService::onProbe(Message& aMessage,
                                                                std::string const& aMessageId) {
-  if (mLocal.mAddress.empty()) {
+  if (mSettings->mLocalInterfaceAddress.empty()) {
     return {};
   }
   std::string const type = read(aMessage, "/Envelope/Body/Probe/Criteria/Device/Type/text()");
@@ -197,51 +277,41 @@ Core::DiscoveryService::Answer Core::DiscoveryService::onProbe(Message& aMessage
                        type.c_str());
     return {};
   }
-  std::optional<URL> const url = replyUrl(aMessage, "Probe");
-  return url ? SendProbeMatch(aMessageId, *url) : Answer();
+  std::string const replyTo = read(aMessage, "/Envelope/Header/ReplyTo/text()");
+  std::optional<URL> const url = addressOfOneHost(replyTo);
+  if (!url) {
+    PCRealDebug::Print(PCRealDebug::Warning,
+                       "DiscoveryService::OnMessage: (Probe) replyTo is not a URL '%s'.",
+                       replyTo.c_str());
+    return {};
+  }
+  return SendProbeMatch(aMessageId, *url);
 }
 
 Core::DiscoveryService::Answer Core::DiscoveryService::onResolve(Message& aMessage) {
-  if (mLocal.mAddress.empty()) {
+  if (mSettings->mLocalInterfaceAddress.empty()) {
     return {};
   }
   std::string const id = read(aMessage, "/Envelope/Body/Resolve/Device/@ID");
-  if (id != mLocal.mId) {
+  if (id != mSettings->mLocalTvDeviceId) {
     PCRealDebug::Print(PCRealDebug::Notable,
                        "DiscoveryService::OnMessage: Ignoring resolve for device ID '%s'.",
                        id.c_str());
     return {};
   }
-  std::optional<URL> const url = replyUrl(aMessage, "Resolve");
-  return url ? SendResolveMatch(read(aMessage, "/Envelope/Header/MessageID/text()"), *url)
-             : Answer();
-}
-
-std::optional<URL> Core::DiscoveryService::replyUrl(Message& aMessage, char const* aQuestion) {
-  std::string const text = read(aMessage, "/Envelope/Header/ReplyTo/text()");
-  try {
-    URL const url(text);
-    if (isOneHost(url)) {
-      return url;
-    }
-  } catch (std::exception const&) {
-    // said below, with the same words
-  }
-  if (aQuestion == std::string("Probe")) {
-    PCRealDebug::Print(PCRealDebug::Warning,
-                       "DiscoveryService::OnMessage: (Probe) replyTo is not a URL '%s'.",
-                       text.c_str());
-  } else {
+  std::string const replyTo = read(aMessage, "/Envelope/Header/ReplyTo/text()");
+  std::optional<URL> const url = addressOfOneHost(replyTo);
+  if (!url) {
     PCRealDebug::Print(PCRealDebug::Warning,
                        "DiscoveryService::OnMessage: (Resolve) replyTo is not a URL '%s'.",
-                       text.c_str());
+                       replyTo.c_str());
+    return {};
   }
-  return {};
+  return SendResolveMatch(read(aMessage, "/Envelope/Header/MessageID/text()"), *url);
 }
 
 void Core::DiscoveryService::onDescription(Message& aMessage, std::string const& aType) {
-  if (aType == "TV" || aType == "MOBILE") {
-    AddDeviceToList(aMessage);
+  if ((aType == "TV" || aType == "MOBILE") && AddDeviceToList(aMessage)) {
     notifyDataSubscribers(aType);
   }
 }
@@ -256,8 +326,9 @@ void Core::DiscoveryService::onResolveMatch(Message& aMessage) {
         id.c_str());
     return;
   }
-  AddDeviceToList(aMessage);
-  notifyDataSubscribers(read(aMessage, "/Envelope/Body/ResolveMatch/Device/Type/text()"));
+  if (AddDeviceToList(aMessage)) {
+    notifyDataSubscribers(read(aMessage, "/Envelope/Body/ResolveMatch/Device/Type/text()"));
+  }
 }
 
 void Core::DiscoveryService::onBye(Message& aMessage) {
@@ -270,14 +341,15 @@ void Core::DiscoveryService::onBye(Message& aMessage) {
 
 Core::DiscoveryService::Answer Core::DiscoveryService::onHeartBeat(Message& aMessage) {
   std::string const id = read(aMessage, "/Envelope/Body/HeartBeat/Device/@ID");
-  std::int64_t const now = PCTime::EpochTime();
-  if (mDevices.stamp(id, now) || !mProbeSent) {
+  std::int64_t const time = now();
+  // Nearly always a device that is known: one look at the list, then.
+  if (mDevices.stamp(id, time) || !mProbeSent || mDevices.contains(id)) {
     return {};
   }
   PCRealDebug::Print(PCRealDebug::Detail,
                      "DiscoveryService::OnMessage: (HeartBeat) deviceID '%s' unresolved.",
                      id.c_str());
-  if (!Infrastructure::XPathGate::isQuotableLiteral(id) || !mUnresolvedDevices.note(id, now)) {
+  if (!RemoteDeviceList::isUsableId(id) || !mUnresolvedDevices.note(id, time)) {
     return {};
   }
   return SendResolve(id);
@@ -298,10 +370,7 @@ void Core::DiscoveryService::onTimer(std::string const& aTimerName, GUID) {
   if (aTimerName != timerName) {
     return;
   }
-  followClock();
-  if (mServiceId == GUID::nullGUID) {
-    listen();  // no cable at start, perhaps; without this the set stays deaf
-  }
+  listenIfDeaf();
   SendHeartBeat();
   CheckRemoteDeviceStatus();
   cleanExpiredMessages();
@@ -310,12 +379,22 @@ void Core::DiscoveryService::onTimer(std::string const& aTimerName, GUID) {
 
 // What goes out
 
-void Core::DiscoveryService::send(Outgoing const& aOutgoing) {
-  mNetworkAdapter->send(aOutgoing.mUrl, aOutgoing.mText, aOutgoing.mLocalInterface, copies);
+void Core::DiscoveryService::send(OutgoingMessage const& aMessage) {
+  mNetworkAdapter->send(aMessage.mUrl, aMessage.mText, aMessage.mLocalInterface, copies);
 }
 
-void Core::DiscoveryService::multicast(std::string const& aText) {
-  send({*mMulticastSendUrl, aText, mLocal.mAddress});
+// A datagram is sent at once. Over TCP a host that is not there costs seconds.
+void Core::DiscoveryService::sendAnswer(OutgoingMessage aAnswer) {
+  if (aAnswer.mUrl.getProtocol() == "tcp") {
+    mAnswerSender.offer(std::move(aAnswer));
+  } else {
+    send(aAnswer);
+  }
+}
+
+OutgoingMessage Core::DiscoveryService::toGroup(DiscoverySettings const& aSettings,
+                                                std::string const& aText) {
+  return {aSettings.mMulticastSendUrl, aText, aSettings.mLocalInterfaceAddress};
 }
 
 // Anew for each message: the name may be changed while the set runs.
@@ -324,43 +403,52 @@ std::string Core::DiscoveryService::localName() {
 }
 
 void Core::DiscoveryService::SendProbe() {
-  if (mLocal.mAddress.empty()) {
+  Settings const settings = this->settings();
+  if (settings->mLocalInterfaceAddress.empty()) {
     PCRealDebug::Print(PCRealDebug::Warning,
                        "DiscoveryService::SendProbe: Local network interface address not known.");
     return;
   }
-  multicast(mMessages.probe());
+  send(toGroup(*settings, DiscoveryMessages(*settings).probe()));
 }
 
 Core::DiscoveryService::Answer Core::DiscoveryService::SendResolve(std::string const& aDeviceId) {
-  if (mLocal.mAddress.empty()) {
+  Settings const settings = this->settings();
+  if (settings->mLocalInterfaceAddress.empty()) {
     PCRealDebug::Print(PCRealDebug::Warning,
                        "DiscoveryService::SendResolve: Local network interface address not known.");
     return {};
   }
-  return Outgoing{*mMulticastSendUrl, mMessages.resolve(aDeviceId), mLocal.mAddress};
+  return toGroup(*settings, DiscoveryMessages(*settings).resolve(aDeviceId));
 }
 
 Core::DiscoveryService::Answer Core::DiscoveryService::SendProbeMatch(std::string const& aMessageId,
                                                                       URL const& aReplyUrl) {
-  return Outgoing{aReplyUrl, mMessages.probeMatch(localName(), aMessageId), ""};
+  Settings const settings = this->settings();
+  return OutgoingMessage{aReplyUrl,
+                         DiscoveryMessages(*settings).probeMatch(localName(), aMessageId), ""};
 }
 
 Core::DiscoveryService::Answer Core::DiscoveryService::SendResolveMatch(
     std::string const& aMessageId, URL const& aReplyUrl) {
-  return Outgoing{aReplyUrl, mMessages.resolveMatch(localName(), aMessageId), ""};
+  Settings const settings = this->settings();
+  return OutgoingMessage{aReplyUrl,
+                         DiscoveryMessages(*settings).resolveMatch(localName(), aMessageId), ""};
 }
 
 void Core::DiscoveryService::SendHello() {
-  multicast(mMessages.hello(localName()));
+  Settings const settings = this->settings();
+  send(toGroup(*settings, DiscoveryMessages(*settings).hello(localName())));
 }
 
 void Core::DiscoveryService::SendBye() {
-  multicast(mMessages.bye());
+  Settings const settings = this->settings();
+  send(toGroup(*settings, DiscoveryMessages(*settings).bye()));
 }
 
 void Core::DiscoveryService::SendHeartBeat() {
-  multicast(mMessages.heartBeat());
+  Settings const settings = this->settings();
+  send(toGroup(*settings, DiscoveryMessages(*settings).heartBeat()));
 }
 
 // The list
@@ -402,8 +490,8 @@ int Core::DiscoveryService::onUnsubscribe(std::string const&, GUID) {
   return 0;
 }
 
-void Core::DiscoveryService::AddDeviceToList(Message& aMessage) {
-  mDevices.add(aMessage, PCTime::EpochTime());
+bool Core::DiscoveryService::AddDeviceToList(Message& aMessage) {
+  return mDevices.add(aMessage, now());
 }
 
 void Core::DiscoveryService::RemoveDeviceFromList(std::string aDeviceId) {
@@ -434,8 +522,8 @@ void Core::DiscoveryService::notifyList(char const* aElement) {
 }
 
 void Core::DiscoveryService::CheckRemoteDeviceStatus() {
-  auto const cutOff = static_cast<std::int64_t>(static_cast<double>(PCTime::EpochTime()) +
-                                                mHeartBeatInterval * -1.2);
+  auto const cutOff =
+      static_cast<std::int64_t>(static_cast<double>(now()) + mHeartBeatInterval * -1.2);
   std::string const silent = mDevices.silentSince(cutOff);
   for (std::string const& id : MultiString::split(silent)) {
     PCRealDebug::Print(PCRealDebug::Warning,
@@ -453,7 +541,7 @@ void Core::DiscoveryService::CheckRemoteDeviceStatus() {
 // Upkeep
 
 bool Core::DiscoveryService::checkDuplicateMessage(std::string aMessageId) {
-  if (!mReceivedMessages.check(aMessageId, PCTime::EpochTime())) {
+  if (!mReceivedMessages.check(aMessageId, now())) {
     return false;
   }
   PCRealDebug::Print(PCRealDebug::Notable,
@@ -464,7 +552,7 @@ bool Core::DiscoveryService::checkDuplicateMessage(std::string aMessageId) {
 
 void Core::DiscoveryService::cleanExpiredMessages() {
   TCAutoLock lock(mLock);
-  std::int64_t const limit = PCTime::EpochTime() - 3LL * mHeartBeatInterval;
+  std::int64_t const limit = now() - 3LL * mHeartBeatInterval;
   mReceivedMessages.forgetBefore(limit, [&](std::string const& aId, std::int64_t aTime) {
     PCRealDebug::Print(
         PCRealDebug::Notable,
@@ -475,18 +563,25 @@ void Core::DiscoveryService::cleanExpiredMessages() {
 
 void Core::DiscoveryService::cleanUnresolvedDevices() {
   TCAutoLock lock(mLock);
-  std::int64_t const now = PCTime::EpochTime();
+  std::int64_t const time = now();
   mUnresolvedDevices.forgetBefore(
-      now - patienceWithResolve, [&](std::string const& aId, std::int64_t aTime) {
+      time - UnresolvedDevices::Patience, [&](std::string const& aId, std::int64_t aTime) {
         PCRealDebug::Print(PCRealDebug::Notable,
                            "DiscoveryService::cleanUnresolvedDevices: Discard device '%s', resolve "
                            "sent at '%d', now '%d'",
-                           aId.c_str(), static_cast<int>(aTime), static_cast<int>(now));
+                           aId.c_str(), static_cast<int>(aTime), static_cast<int>(time));
       });
 }
 
-void Core::DiscoveryService::followClock() {
+/// The time for stamps and for what they are compared with. All stamps there are have moved with
+/// the wall clock when this returns, so that no stamp made after a jump moves with those before it.
+std::int64_t Core::DiscoveryService::now() {
   TCAutoLock lock(mLock);
+  followClock();
+  return PCTime::EpochTime();
+}
+
+void Core::DiscoveryService::followClock() {
   std::int64_t const jump = mClock.takeJump();
   if (jump == 0) {
     return;

@@ -8,10 +8,13 @@
 
 #include "zelv/controller/ClockWatch.h"
 #include "zelv/controller/SeenMessages.h"
+#include "zelv/core/AnswerSender.h"
 #include "zelv/core/Core.h"
-#include "zelv/core/DiscoveryMessages.h"
+#include "zelv/core/DiscoverySettings.h"
+#include "zelv/core/OutgoingMessage.h"
 #include "zelv/core/RemoteDeviceList.h"
 #include "zelv/core/UnresolvedDevices.h"
+#include "zelv/infrastructure/HierarchicalDB.h"
 #include "zelv/infrastructure/URL.h"
 #include "zelv/interfaces/ICoreData.h"
 #include "zelv/interfaces/ICoreDataCallback.h"
@@ -62,37 +65,38 @@ class Core::DiscoveryService : public virtual NetworkMessageCallback,
   int onUnsubscribe(std::string const& aXPath, GUID aSubscriptionID) override;
 
   /// Starts the protocol: listens, asks who is there, and ticks. An exception from a missing
-  /// setting goes to the caller.
+  /// setting goes to the caller. Called again it reads the settings anew and goes through all of it
+  /// with what it has: there is one listener and one timer at any time.
   void initialize();
 
-  /// Says goodbye and stops listening.
+  /// Says goodbye and stops listening. Does nothing before the first initialize().
   void terminate();
 
  private:
   /// What a handler wants sent once the lock is released.
-  struct Outgoing {
-    Infrastructure::URL mUrl;
-    std::string mText;
-    std::string mLocalInterface;
-  };
-  using Answer = std::optional<Outgoing>;
+  using Answer = std::optional<OutgoingMessage>;
   using Message = Infrastructure::HierarchicalDB;
+  using Settings = std::shared_ptr<DiscoverySettings const>;
 
+  bool obtainInterfaces();
   void readSettings();
   std::string readSetting(char const* aXPath);
+  Settings settings();
   void listen();
+  void listenIfDeaf();
   void startTimer();
-  bool obtainInterfaces();
+  void stopTimer();
+  bool wasStarted();
 
-  Answer handle(std::string const& aMessage);
-  Answer handleType(std::string const& aType, Message& aMessage, std::string const& aMessageId);
-  Answer onProbe(Message& aMessage, std::string const& aMessageId);
-  Answer onResolve(Message& aMessage);
-  Answer onHeartBeat(Message& aMessage);
-  void onResolveMatch(Message& aMessage);
+  Answer handle(std::string const& aMessage) ZELV_REQUIRES(mLock);
+  Answer handleType(std::string const& aType, Message& aMessage, std::string const& aMessageId)
+      ZELV_REQUIRES(mLock);
+  Answer onProbe(Message& aMessage, std::string const& aMessageId) ZELV_REQUIRES(mLock);
+  Answer onResolve(Message& aMessage) ZELV_REQUIRES(mLock);
+  Answer onHeartBeat(Message& aMessage) ZELV_REQUIRES(mLock);
+  void onResolveMatch(Message& aMessage) ZELV_REQUIRES(mLock);
   void onBye(Message& aMessage);
   void onDescription(Message& aMessage, std::string const& aType);
-  std::optional<Infrastructure::URL> replyUrl(Message& aMessage, char const* aQuestion);
 
   void SendProbe();
   Answer SendProbeMatch(std::string const& aMessageId, Infrastructure::URL const& aReplyUrl);
@@ -101,19 +105,21 @@ class Core::DiscoveryService : public virtual NetworkMessageCallback,
   void SendHello();
   void SendBye();
   void SendHeartBeat();
-  void multicast(std::string const& aText);
-  void send(Outgoing const& aOutgoing);
+  static OutgoingMessage toGroup(DiscoverySettings const& aSettings, std::string const& aText);
+  void send(OutgoingMessage const& aMessage);
+  void sendAnswer(OutgoingMessage aAnswer);
   std::string localName();
 
-  void AddDeviceToList(Message& aMessage);
+  bool AddDeviceToList(Message& aMessage);
   void RemoveDeviceFromList(std::string aDeviceId);
   void CheckRemoteDeviceStatus();
   void notifyDataSubscribers(std::string const& aDeviceType);
   void notifyList(char const* aElement);
   void cleanExpiredMessages();
   void cleanUnresolvedDevices();
-  void followClock();
-  bool checkDuplicateMessage(std::string aMessageId);
+  bool checkDuplicateMessage(std::string aMessageId) ZELV_REQUIRES(mLock);
+  std::int64_t now();
+  void followClock() ZELV_REQUIRES(mLock);
 
   PCMutex mLock;
   MultiDevice* mMultiDevice;
@@ -121,18 +127,21 @@ class Core::DiscoveryService : public virtual NetworkMessageCallback,
   Adapter::NetworkAdapter* mNetworkAdapter = nullptr;
   ICoreData* mCoreData = nullptr;
   ICoreTimer* mCoreTimer = nullptr;
-  GUID mHeartBeatTimerId;
-  GUID mServiceId;
-  std::int32_t mHeartBeatInterval = 0;
-  std::unique_ptr<Infrastructure::URL> mMulticastSendUrl;
-  std::unique_ptr<Infrastructure::URL> mMulticastListenUrl;
-  std::string mMulticastGroup;
-  LocalDevice mLocal;
-  DiscoveryMessages mMessages;
+  GUID mHeartBeatTimerId ZELV_GUARDED_BY(mLock);
+  GUID mServiceId ZELV_GUARDED_BY(mLock);
+  std::atomic<std::int32_t> mHeartBeatInterval{0};
+  Settings mSettings ZELV_GUARDED_BY(mLock);
   Controller::SeenMessages mReceivedMessages ZELV_GUARDED_BY(mLock);
   UnresolvedDevices mUnresolvedDevices ZELV_GUARDED_BY(mLock);
-  Controller::ClockWatch mClock ZELV_GUARDED_BY(mLock);
   std::atomic<bool> mProbeSent{false};
+
+  /// Between initialize() and terminate(), when a listener is wanted.
+  bool mListening ZELV_GUARDED_BY(mLock) = false;
+  Controller::ClockWatch mClock ZELV_GUARDED_BY(mLock);
+  /// The message being handled. Kept for its memory of paths: the same few are read in each.
+  Message mMessage ZELV_GUARDED_BY(mLock);
+  /// Last, so that its thread ends before what it sends with goes.
+  AnswerSender mAnswerSender;
 };
 
 }  // namespace Zelv

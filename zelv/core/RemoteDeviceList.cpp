@@ -36,85 +36,100 @@ std::string element(char const* aName, std::string const& aValue) {
   return std::string("<") + aName + ">" + value + "</" + aName + ">";
 }
 
+std::string entry(char const* aElement, std::string const& aId, std::string const& aInner,
+                  std::string const& aStamp) {
+  // The closing tag of a phone is a television's. The document takes what the parser has built
+  // before it meets the wrong tag, which is the whole element.
+  return std::string("<") + aElement + " ID='" + aId + "'>" + aInner + "<LastHeartBeat>" + aStamp +
+         "</LastHeartBeat></RemoteTV>";
+}
+
+/// Whether all of an entry will arrive in the document. What the services hold comes out of a
+/// message unescaped, so that their texts can end the entry early: it would have no stamp, and a
+/// device without a stamp never dies.
+bool isWhole(char const* aElement, std::string const& aEntry, std::string const& aStamp) {
+  HierarchicalDB entry;
+  return entry.loadFromString(aEntry) == 0 &&
+         read(entry, std::string("/") + aElement + "/LastHeartBeat/text()") == aStamp;
+}
+
 }  // namespace
 
 RemoteDeviceList::RemoteDeviceList() {
   mDevices.loadFromString("<Devices/>");
 }
 
-void RemoteDeviceList::add(HierarchicalDB& aMessage, std::int64_t aNow) {
+bool RemoteDeviceList::isUsableId(std::string const& aDeviceId) {
+  return !aDeviceId.empty() && Infrastructure::XPathGate::isQuotableLiteral(aDeviceId);
+}
+
+bool RemoteDeviceList::add(HierarchicalDB& aMessage, std::int64_t aNow) {
   std::string const device = "/Envelope/Body/*[1]/Device/";
   std::string const type = read(aMessage, device + "Type/text()");
-  if (type != "TV" && type != "MOBILE") {
-    return;
+  bool const isTelevision = type == "TV";
+  if (!isTelevision && type != "MOBILE") {
+    return false;
   }
   std::string const id = read(aMessage, device + "@ID");
-  if (!Infrastructure::XPathGate::isQuotableLiteral(id) || !hasRoomFor(id)) {
-    PCRealDebug::Print(PCRealDebug::Warning,
-                       "DiscoveryService::AddDeviceToList: Device with ID='%s' is not added.",
-                       id.c_str());
-    return;
-  }
   std::string inner = element("Name", read(aMessage, device + "Name/text()")) +
                       element("Model", read(aMessage, device + "Model/text()"));
-  if (type == "TV") {
+  if (isTelevision) {
     inner += element("Location", read(aMessage, device + "Location/text()"));
   }
   inner += read(aMessage, device + "Services");
-  type == "TV" ? addTelevision(id, inner, aNow) : addMobile(id, inner, aNow);
-}
-
-bool RemoteDeviceList::hasRoomFor(std::string const& aDeviceId) {
-  if (contains(aDeviceId)) {
-    return true;
+  if (!put(isTelevision ? "RemoteTV" : "Mobile", id, inner, std::to_string(aNow))) {
+    PCRealDebug::Print(PCRealDebug::Warning,
+                       "DiscoveryService::AddDeviceToList: Device with ID='%s' is not added.",
+                       id.c_str());
+    return false;
   }
-  return MultiString::split(read(mDevices, "/Devices/*/@ID")).size() < MaxDevices;
+  if (isTelevision) {
+    PCRealDebug::Print(PCRealDebug::Notable,
+                       "DiscoveryService::AddDeviceToList: Added TV device with ID='%s'",
+                       id.c_str());
+  } else {
+    PCRealDebug::Print(PCRealDebug::Notable,
+                       "DiscoveryService::AddDeviceToList: Added MOBILE device with ID='%s'",
+                       id.c_str());
+  }
+  return true;
 }
 
-void RemoteDeviceList::addTelevision(std::string const& aId, std::string const& aInner,
-                                     std::int64_t aNow) {
-  mDevices.setContent("/Devices/RemoteTV[@ID='" + aId + "']",
-                      "<RemoteTV ID='" + aId + "'>" + aInner + "<LastHeartBeat>" +
-                          std::to_string(aNow) + "</LastHeartBeat></RemoteTV>",
-                      true);
-  PCRealDebug::Print(PCRealDebug::Notable,
-                     "DiscoveryService::AddDeviceToList: Added TV device with ID='%s'",
-                     aId.c_str());
+bool RemoteDeviceList::put(char const* aElement, std::string const& aId, std::string const& aInner,
+                           std::string const& aStamp) {
+  if (!isUsableId(aId)) {
+    return false;
+  }
+  std::string const path = std::string("/Devices/") + aElement + "[@ID='" + aId + "']";
+  std::string const text = entry(aElement, aId, aInner, aStamp);
+  return hasRoomFor(path) && isWhole(aElement, text, aStamp) &&
+         mDevices.setContent(path, text, true) == 0;
 }
 
-// The closing tag is a television's here too. The document takes what the parser has built before
-// it meets the wrong tag, which is the whole element.
-void RemoteDeviceList::addMobile(std::string const& aId, std::string const& aInner,
-                                 std::int64_t aNow) {
-  mDevices.setContent("/Devices/Mobile[@ID='" + aId + "']",
-                      "<Mobile ID='" + aId + "'>" + aInner + "<LastHeartBeat>" +
-                          std::to_string(aNow) + "</LastHeartBeat></RemoteTV>",
-                      true);
-  PCRealDebug::Print(PCRealDebug::Notable,
-                     "DiscoveryService::AddDeviceToList: Added MOBILE device with ID='%s'",
-                     aId.c_str());
+bool RemoteDeviceList::hasRoomFor(std::string const& aPath) {
+  static std::string const last = "/Devices/*[" + std::to_string(MaxDevices) + "]/name()";
+  return read(mDevices, last).empty() || !read(mDevices, aPath + "/name()").empty();
 }
 
 void RemoteDeviceList::remove(std::string const& aDeviceId) {
-  if (Infrastructure::XPathGate::isQuotableLiteral(aDeviceId)) {
+  if (isUsableId(aDeviceId)) {
     mDevices.setContent(anyDevice(aDeviceId), "", false);
   }
 }
 
 bool RemoteDeviceList::stamp(std::string const& aDeviceId, std::int64_t aNow) {
-  return Infrastructure::XPathGate::isQuotableLiteral(aDeviceId) &&
+  return isUsableId(aDeviceId) &&
          mDevices.setContent(anyDevice(aDeviceId) + "/LastHeartBeat/text()", std::to_string(aNow),
                              false) == 0;
 }
 
 bool RemoteDeviceList::contains(std::string const& aDeviceId) {
-  return Infrastructure::XPathGate::isQuotableLiteral(aDeviceId) &&
-         !read(mDevices, anyDevice(aDeviceId) + "/name()").empty();
+  return isUsableId(aDeviceId) && !read(mDevices, anyDevice(aDeviceId) + "/name()").empty();
 }
 
 std::string RemoteDeviceList::typeOf(std::string const& aDeviceId) {
-  bool const isTelevision = Infrastructure::XPathGate::isQuotableLiteral(aDeviceId) &&
-                            read(mDevices, anyDevice(aDeviceId) + "/name()") == "RemoteTV";
+  bool const isTelevision =
+      isUsableId(aDeviceId) && read(mDevices, anyDevice(aDeviceId) + "/name()") == "RemoteTV";
   return isTelevision ? "TV" : "MOBILE";
 }
 

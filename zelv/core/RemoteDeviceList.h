@@ -20,10 +20,15 @@ class RemoteDeviceList {
 
   RemoteDeviceList();
 
+  /// Whether an ID can be asked for between quotes. What has another one is nobody's device: it is
+  /// not added, and matches nothing.
+  static bool isUsableId(std::string const& aDeviceId);
+
   /// Adds the device that a Hello, ProbeMatch or ResolveMatch describes, or puts it in the place of
-  /// the one of the same ID. Other types than "TV" and "MOBILE" are not added, nor is an ID that
-  /// could not be asked for between quotes.
-  void add(Infrastructure::HierarchicalDB& aMessage, std::int64_t aNow);
+  /// the one of the same ID. @return false, with the list as it was, for other types than "TV" and
+  /// "MOBILE", for an ID that is not usable, for a description that would break its entry, and for
+  /// one device too many.
+  bool add(Infrastructure::HierarchicalDB& aMessage, std::int64_t aNow);
 
   void remove(std::string const& aDeviceId);
 
@@ -49,9 +54,9 @@ class RemoteDeviceList {
   int setContent(std::string const& aXPath, std::string const& aValue);
 
  private:
-  void addTelevision(std::string const& aId, std::string const& aInner, std::int64_t aNow);
-  void addMobile(std::string const& aId, std::string const& aInner, std::int64_t aNow);
-  bool hasRoomFor(std::string const& aDeviceId);
+  bool put(char const* aElement, std::string const& aId, std::string const& aInner,
+           std::string const& aStamp);
+  bool hasRoomFor(std::string const& aPath);
 
   Infrastructure::HierarchicalDB mDevices;
 };

@@ -5,11 +5,19 @@
 namespace Zelv {
 
 bool UnresolvedDevices::note(std::string const& aDeviceId, std::int64_t aNow) {
-  if (mTimes.contains(aDeviceId) || mTimes.size() >= MaxEntries || !spendQuestion()) {
+  if (mTimes.contains(aDeviceId) || !hasRoom(aNow) || !spendQuestion()) {
     return false;
   }
   mTimes.emplace(aDeviceId, aNow);
   return true;
+}
+
+// A set without heartbeat never tidies up, and must not stay deaf to newcomers for it.
+bool UnresolvedDevices::hasRoom(std::int64_t aNow) {
+  if (mTimes.size() >= MaxEntries) {
+    forgetBefore(aNow - Patience, [](std::string const&, std::int64_t) {});
+  }
+  return mTimes.size() < MaxEntries;
 }
 
 bool UnresolvedDevices::spendQuestion() {

@@ -14,6 +14,8 @@ class UnresolvedDevices {
  public:
   static constexpr std::size_t MaxEntries = 256;
   static constexpr int MaxPerSecond = 20;
+  /// Seconds that a device has to answer. Only then may its entry give way in a full table.
+  static constexpr std::int64_t Patience = 10;
 
   /// Notes the device. @return true when the question is to be sent now.
   bool note(std::string const& aDeviceId, std::int64_t aNow);
@@ -39,6 +41,7 @@ class UnresolvedDevices {
   std::size_t size() const { return mTimes.size(); }
 
  private:
+  bool hasRoom(std::int64_t aNow);
   bool spendQuestion();
 
   std::map<std::string, std::int64_t> mTimes;
