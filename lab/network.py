@@ -1,7 +1,11 @@
 """The network of a home: a namespace for each node and one, "lan", in which their cables meet."""
 
+import json
 import os
 import subprocess
+import time
+
+SETTLE_SECONDS = 20
 
 
 class NetworkError(RuntimeError):
@@ -15,6 +19,7 @@ def ip(*arguments, lines=None):
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
     if done.returncode != 0:
         raise NetworkError(f"{' '.join(command)}: {done.stdout.strip()}")
+    return done.stdout
 
 
 def address(number):
@@ -48,6 +53,26 @@ class Network:
             ends = (["link add bridge0 type bridge mcast_snooping 0", "link set bridge0 up"] +
                     [f"link set {node} master bridge0" for node in nodes] + ends)
         ip("-n", lan, lines=ends)
+        self._settle(nodes, bridged)
+
+    def _settle(self, nodes, bridged):
+        """The kernel lets a new cable carry something up to a second after it was asked to."""
+        deadline = time.monotonic() + SETTLE_SECONDS
+        waiting = {"lan": nodes, **{node: ["eth0"] for node in nodes}}
+        while waiting:
+            waiting = {node: ends for node, ends in waiting.items()
+                       if not self._carries(node, ends, bridged)}
+            if waiting and time.monotonic() > deadline:
+                raise NetworkError(f"the cables of {', '.join(waiting)} stay dead")
+            time.sleep(0.02 if waiting else 0)
+
+    def _carries(self, node, ends, bridged):
+        links = {link["ifname"]: link for link in
+                 json.loads(ip("-n", self.namespace(node), "-d", "-j", "link"))}
+        if node == "lan" and bridged:
+            return all(links[end]["linkinfo"].get("info_slave_data", {}).get("state") ==
+                       "forwarding" for end in ends)
+        return all(links[end]["operstate"] == "UP" for end in ends)
 
     def remove(self, nodes):
         """Also what is there in part only."""

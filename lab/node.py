@@ -2,6 +2,7 @@
 
 import errno
 import os
+import shutil
 import signal
 import subprocess
 import time
@@ -60,6 +61,10 @@ class Node:
             raise NodeError(f"{self.name} does not end")
         self.process = None
         return time.monotonic() - begin
+
+    def forget(self):
+        """Its files; the next start is as the first. It must not run."""
+        shutil.rmtree(self.directory, ignore_errors=True)
 
     def say(self, line):
         try:
