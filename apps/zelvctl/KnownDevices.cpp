@@ -5,16 +5,21 @@
 
 namespace ZelvCtl {
 
-bool KnownDevices::add(Device const& aDevice) {
-  return mEntries.insert_or_assign(aDevice.id, Entry{aDevice, Clock::now()}).second;
+bool KnownDevices::add(Device const& aDevice, Clock::time_point aNow) {
+  bool const isKnown = mEntries.contains(aDevice.id);
+  if (!isKnown && mEntries.size() >= MaxDevices) {
+    return false;
+  }
+  mEntries.insert_or_assign(aDevice.id, Entry{aDevice, aNow});
+  return !isKnown;
 }
 
-bool KnownDevices::stamp(std::string const& aDeviceId) {
+bool KnownDevices::stamp(std::string const& aDeviceId, Clock::time_point aNow) {
   auto const entry = mEntries.find(aDeviceId);
   if (entry == mEntries.end()) {
     return false;
   }
-  entry->second.heard = Clock::now();
+  entry->second.heard = aNow;
   return true;
 }
 
@@ -23,15 +28,14 @@ std::optional<Device> KnownDevices::remove(std::string const& aDeviceId) {
   return entry ? std::optional(entry.mapped().device) : std::nullopt;
 }
 
-std::vector<Device> KnownDevices::removeSilent(Clock::duration aPatience) {
-  Clock::time_point const limit = Clock::now() - aPatience;
+std::vector<Device> KnownDevices::removeSilentSince(Clock::time_point aLimit) {
   std::vector<Device> silent;
   std::erase_if(mEntries, [&](auto const& aEntry) {
-    if (aEntry.second.heard < limit) {
+    bool const isSilent = aEntry.second.heard < aLimit;
+    if (isSilent) {
       silent.push_back(aEntry.second.device);
-      return true;
     }
-    return false;
+    return isSilent;
   });
   return silent;
 }
@@ -42,7 +46,10 @@ std::vector<Device> KnownDevices::sorted() const {
     devices.push_back(entry.device);
   }
   std::sort(devices.begin(), devices.end(), [](Device const& aOne, Device const& aOther) {
-    return std::tie(aOther.type, aOne.name, aOne.id) < std::tie(aOne.type, aOther.name, aOther.id);
+    bool const oneIsPhone = aOne.type != "TV";
+    bool const otherIsPhone = aOther.type != "TV";
+    return std::tie(oneIsPhone, aOne.name, aOne.id) <
+           std::tie(otherIsPhone, aOther.name, aOther.id);
   });
   return devices;
 }

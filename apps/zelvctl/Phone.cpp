@@ -1,22 +1,19 @@
 #include "apps/zelvctl/Phone.h"
 
-#include <algorithm>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
-#include "zelv/adapter/NetworkAdapter.h"
+#include "zelv/infrastructure/URL.h"
+#include "zelv/infrastructure/XPathGate.h"
 
 namespace ZelvCtl {
 
-using Zelv::Adapter::NetworkAdapter;
-using Zelv::Infrastructure::GUID;
 using Zelv::Infrastructure::HierarchicalDB;
 using Zelv::Infrastructure::URL;
+using Zelv::Infrastructure::XPathGate;
 
 namespace {
-
-constexpr int copies = 3;
-constexpr std::size_t rememberedMessages = 1000;
 
 std::string read(HierarchicalDB& aMessage, std::string const& aXPath) {
   std::string result;
@@ -32,56 +29,48 @@ std::string hostOf(std::string const& aUrl) {
   }
 }
 
+/// What sets accept as an identifier; anything else could not stand in a message either.
+bool isIdentifier(std::string const& aText) {
+  return !aText.empty() && XPathGate::isQuotableLiteral(aText);
+}
+
 }  // namespace
 
-Phone::Phone(Identity const& aIdentity, std::string const& aGroup, Watcher aWatcher)
+Phone::Phone(Identity const& aIdentity, std::string const& aGroup, Watcher aWatcher,
+             TimeSource aNow)
     : mIdentity(aIdentity),
       mMessages(mIdentity),
-      mGroup("udp", aGroup, aIdentity.port, ""),
-      mWatcher(std::move(aWatcher)) {
-  mService = NetworkAdapter::getInstance()->registerService(mGroup, this, mIdentity.address);
-  if (mService == GUID::nullGUID) {
-    throw std::runtime_error("cannot join the group " + aGroup + " at " + mIdentity.address);
+      mWatcher(std::move(aWatcher)),
+      mNow(std::move(aNow)),
+      mHome(URL("udp", aGroup, aIdentity.port, ""), aIdentity.address, this) {
+  if (!mHome.tellAll(mMessages.probe()) || !mHome.tellAll(mMessages.hello())) {
+    throw std::runtime_error("cannot send to the group " + aGroup + " from " + mIdentity.address);
   }
-  multicast(mMessages.probe());
-  multicast(mMessages.hello());
 }
 
 Phone::~Phone() {
-  multicast(mMessages.bye());
-  NetworkAdapter* const adapter = NetworkAdapter::getInstance();
-  adapter->unregisterService(mService);
-  adapter->terminate();
-  delete adapter;  // waits for the thread that calls onMessage
+  mHome.tellAll(mMessages.bye());
 }
 
-void Phone::multicast(std::string const& aText) {
-  NetworkAdapter::getInstance()->send(mGroup, aText, mIdentity.address, copies);
-}
-
-void Phone::onMessage(std::string const& aMessage, std::string const&) {
+void Phone::onMessage(std::string const& aMessage, std::string const& /*aSender*/) {
   HierarchicalDB message;
   if (message.loadFromString(aMessage) == 0 &&
-      !isRepeated(read(message, "/Envelope/Header/MessageID/text()"))) {
+      !isCopy(read(message, "/Envelope/Header/MessageID/text()"))) {
     handle(message);
   }
 }
 
-bool Phone::isRepeated(std::string const& aMessageId) {
-  std::lock_guard lock(mLock);
-  if (std::find(mSeen.begin(), mSeen.end(), aMessageId) != mSeen.end()) {
-    return true;
-  }
-  if (mSeen.size() == rememberedMessages) {
-    mSeen.erase(mSeen.begin());
-  }
-  mSeen.push_back(aMessageId);
-  return false;
+bool Phone::isCopy(std::string const& aMessageId) {
+  std::lock_guard const lock(mLock);
+  return mSeen.check(aMessageId);
 }
 
 void Phone::handle(Message& aMessage) {
   std::string const type = read(aMessage, "/Envelope/Body/*[1]/name()");
   std::string const id = read(aMessage, "/Envelope/Body/*[1]/Device/@ID");
+  if (id == mIdentity.id && type != "Resolve") {
+    return;
+  }
   if (type == "Hello" || type == "ProbeMatch" || type == "ResolveMatch") {
     onDescription(aMessage);
   } else if (type == "Bye") {
@@ -98,23 +87,21 @@ void Phone::onDescription(Message& aMessage) {
   Device const device{read(aMessage, path + "@ID"), read(aMessage, path + "Type/text()"),
                       read(aMessage, path + "Name/text()"), read(aMessage, path + "Model/text()"),
                       hostOf(read(aMessage, path + "Services/*[1]/URL/text()"))};
-  if (device.id == mIdentity.id || (device.type != "TV" && device.type != "MOBILE")) {
-    return;
-  }
-  bool isNew;
-  {
-    std::lock_guard lock(mLock);
-    isNew = mDevices.add(device);
-  }
-  if (isNew) {
+  bool const isKind = device.type == "TV" || device.type == "MOBILE";
+  if (isKind && isIdentifier(device.id) && noteDevice(device)) {
     mWatcher(true, device);
   }
+}
+
+bool Phone::noteDevice(Device const& aDevice) {
+  std::lock_guard const lock(mLock);
+  return mDevices.add(aDevice, mNow());
 }
 
 void Phone::onBye(std::string const& aDeviceId) {
   std::optional<Device> gone;
   {
-    std::lock_guard lock(mLock);
+    std::lock_guard const lock(mLock);
     gone = mDevices.remove(aDeviceId);
   }
   if (gone) {
@@ -123,14 +110,16 @@ void Phone::onBye(std::string const& aDeviceId) {
 }
 
 void Phone::onHeartBeat(std::string const& aDeviceId) {
-  bool known;
-  {
-    std::lock_guard lock(mLock);
-    known = mDevices.stamp(aDeviceId);
+  if (mustAskFor(aDeviceId)) {
+    mHome.tellAll(mMessages.resolve(aDeviceId));
   }
-  if (!known && aDeviceId != mIdentity.id) {
-    multicast(mMessages.resolve(aDeviceId));
-  }
+}
+
+bool Phone::mustAskFor(std::string const& aDeviceId) {
+  Clock::time_point const now = mNow();
+  std::lock_guard const lock(mLock);
+  return !mDevices.stamp(aDeviceId, now) && isIdentifier(aDeviceId) &&
+         mQuestions.mayAsk(aDeviceId, now);
 }
 
 void Phone::onQuestion(Message& aMessage, std::string const& aType) {
@@ -139,21 +128,23 @@ void Phone::onQuestion(Message& aMessage, std::string const& aType) {
     return;
   }
   std::string const id = read(aMessage, "/Envelope/Header/MessageID/text()");
+  if (!id.empty() && !isIdentifier(id)) {
+    return;
+  }
   try {
     URL const url(read(aMessage, "/Envelope/Header/ReplyTo/text()"));
-    NetworkAdapter::getInstance()->send(
-        url, aType == "Probe" ? mMessages.probeMatch(id) : mMessages.resolveMatch(id), "", copies);
+    mHome.tell(url, aType == "Probe" ? mMessages.probeMatch(id) : mMessages.resolveMatch(id));
   } catch (std::exception const&) {
     // no address, no answer
   }
 }
 
-void Phone::tick(KnownDevices::Clock::duration aPatience) {
-  multicast(mMessages.heartBeat());
+void Phone::tick(Clock::duration aPatience) {
+  mHome.tellAll(mMessages.heartBeat());
   std::vector<Device> silent;
   {
-    std::lock_guard lock(mLock);
-    silent = mDevices.removeSilent(aPatience);
+    std::lock_guard const lock(mLock);
+    silent = mDevices.removeSilentSince(mNow() - aPatience);
   }
   for (Device const& device : silent) {
     mWatcher(false, device);
@@ -161,7 +152,7 @@ void Phone::tick(KnownDevices::Clock::duration aPatience) {
 }
 
 std::vector<Device> Phone::devices() const {
-  std::lock_guard lock(mLock);
+  std::lock_guard const lock(mLock);
   return mDevices.sorted();
 }
 

@@ -1,30 +1,35 @@
 #pragma once
 
-#include <condition_variable>
 #include <functional>
 #include <mutex>
 #include <string>
 #include <vector>
 
 #include "apps/zelvctl/KnownDevices.h"
+#include "apps/zelvctl/Membership.h"
 #include "apps/zelvctl/PhoneMessages.h"
-#include "zelv/infrastructure/GUID.h"
+#include "apps/zelvctl/Questions.h"
+#include "apps/zelvctl/SeenIds.h"
 #include "zelv/infrastructure/HierarchicalDB.h"
-#include "zelv/infrastructure/URL.h"
 #include "zelv/interfaces/NetworkMessageCallback.h"
 
 namespace ZelvCtl {
 
 /// A phone in the home: takes part in discovery as a mobile device from construction to
 /// destruction.
-class Phone : public Zelv::NetworkMessageCallback {
+class Phone final : public Zelv::NetworkMessageCallback {
  public:
-  /// Told of arrivals (true) and departures (false), on the network's thread or that of tick().
+  /// Told of arrivals (true) and departures (false), on the network's thread or that of tick(), not
+  /// under a lock.
   using Watcher = std::function<void(bool aArrived, Device const& aDevice)>;
 
-  /// Joins the group, asks who is there and announces itself. Throws std::runtime_error when the
-  /// group cannot be joined.
-  Phone(Identity const& aIdentity, std::string const& aGroup, Watcher aWatcher);
+  using Clock = KnownDevices::Clock;
+  using TimeSource = std::function<Clock::time_point()>;
+
+  /// Joins the group, asks who is there and announces itself. Throws std::runtime_error when that
+  /// cannot be done.
+  Phone(Identity const& aIdentity, std::string const& aGroup, Watcher aWatcher,
+        TimeSource aNow = Clock::now);
   Phone(Phone const&) = delete;
   Phone& operator=(Phone const&) = delete;
 
@@ -34,7 +39,7 @@ class Phone : public Zelv::NetworkMessageCallback {
   void onMessage(std::string const& aMessage, std::string const& aSender) override;
 
   /// Sends a heartbeat and drops the devices that were silent for aPatience.
-  void tick(KnownDevices::Clock::duration aPatience);
+  void tick(Clock::duration aPatience);
 
   std::vector<Device> devices() const;
 
@@ -46,18 +51,22 @@ class Phone : public Zelv::NetworkMessageCallback {
   void onBye(std::string const& aDeviceId);
   void onHeartBeat(std::string const& aDeviceId);
   void onQuestion(Message& aMessage, std::string const& aType);
-  bool isRepeated(std::string const& aMessageId);
-  void multicast(std::string const& aText);
+  bool isCopy(std::string const& aMessageId);
+  bool noteDevice(Device const& aDevice);
+  bool mustAskFor(std::string const& aDeviceId);
 
   Identity const mIdentity;
   PhoneMessages const mMessages;
-  Zelv::Infrastructure::URL const mGroup;
   Watcher const mWatcher;
-  Zelv::Infrastructure::GUID mService;
+  TimeSource const mNow;
 
   mutable std::mutex mLock;
   KnownDevices mDevices;
-  std::vector<std::string> mSeen;
+  Questions mQuestions;
+  SeenIds mSeen;
+
+  /// The last, so that nothing comes any more when the others go.
+  Membership mHome;
 };
 
 }  // namespace ZelvCtl

@@ -1,25 +1,37 @@
 #pragma once
 
+#include <atomic>
 #include <mutex>
+#include <ostream>
+#include <string>
 #include <vector>
 
 #include "apps/zelvctl/KnownDevices.h"
 
 namespace ZelvCtl {
 
-/// Prints devices to standard output: aligned text for people, JSON for programs. From any thread.
+/// Prints devices: aligned text for people, JSON for programs. From any thread.
 class Printer {
  public:
-  explicit Printer(bool aJson) : mJson(aJson) {}
+  /// @param aOut  outlives the object.
+  Printer(std::ostream& aOut, bool aJson) : mOut(aOut), mJson(aJson) {}
 
+  /// As text one line a device, in JSON one array.
   void list(std::vector<Device> const& aDevices);
 
   /// One line for an arrival or a departure, written out at once.
   void change(bool aArrived, Device const& aDevice);
 
+  /// True once something could not be written, as when nobody reads any more.
+  bool isBroken() const { return mBroken; }
+
  private:
+  void print(std::string const& aText);
+
+  std::ostream& mOut;
   bool const mJson;
   std::mutex mLock;
+  std::atomic<bool> mBroken = false;
 };
 
 }  // namespace ZelvCtl

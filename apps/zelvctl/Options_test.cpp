@@ -1,0 +1,102 @@
+#include "apps/zelvctl/Options.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace ZelvCtl {
+namespace {
+
+using testing::MatchesRegex;
+
+struct Parsed {
+  Options options;
+  bool hasWork = false;
+  int status = -1;
+  std::string out;
+  std::string error;
+};
+
+Parsed parse(std::vector<char const*> aArguments) {
+  aArguments.insert(aArguments.begin(), "zelvctl");
+  Parsed parsed;
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  parsed.hasWork =
+      parsed.options.parse(static_cast<int>(aArguments.size()), aArguments.data(), parsed.status);
+  parsed.error = testing::internal::GetCapturedStderr();
+  parsed.out = testing::internal::GetCapturedStdout();
+  return parsed;
+}
+
+TEST(ZelvctlOptions, HaveDefaultsThatFitAHomeAsItLeavesTheFactory) {
+  Parsed const parsed = parse({"devices"});
+  ASSERT_TRUE(parsed.hasWork);
+  EXPECT_EQ(parsed.options.verb, Options::Devices);
+  EXPECT_FALSE(parsed.options.watch);
+  EXPECT_FALSE(parsed.options.json);
+  EXPECT_EQ(parsed.options.group, "239.255.44.46");
+  EXPECT_EQ(parsed.options.port, "4451");
+  EXPECT_EQ(parsed.options.interval, 10);
+  EXPECT_EQ(parsed.options.timeout, 3);
+  EXPECT_EQ(parsed.options.name, "zelvctl");
+  EXPECT_EQ(parsed.options.id, "");
+}
+
+TEST(ZelvctlOptions, MayStandBeforeAndBehindTheVerb) {
+  Parsed const parsed =
+      parse({"--json", "--address", "10.77.0.3", "devices", "--watch", "--interval", "1", "--name",
+             "Tom & Ann", "--group", "239.1.2.3", "--port", "5000", "--timeout", "0.5", "--id",
+             "{6F1D2A3E-0C57-4B8E-9A41-5D7E6B3C2F10}"});
+  ASSERT_TRUE(parsed.hasWork) << parsed.error;
+  EXPECT_TRUE(parsed.options.json);
+  EXPECT_TRUE(parsed.options.watch);
+  EXPECT_EQ(parsed.options.address, "10.77.0.3");
+  EXPECT_EQ(parsed.options.interval, 1);
+  EXPECT_EQ(parsed.options.name, "Tom & Ann");
+  EXPECT_EQ(parsed.options.group, "239.1.2.3");
+  EXPECT_EQ(parsed.options.port, "5000");
+  EXPECT_EQ(parsed.options.timeout, 0.5);
+  EXPECT_EQ(parsed.options.id, "6f1d2a3e-0c57-4b8e-9a41-5d7e6b3c2f10");
+}
+
+TEST(ZelvctlOptions, RefuseWhatIsWrongInOneLine) {
+  std::vector<std::vector<char const*>> const rows = {
+      {},
+      {"frob"},
+      {"devices", "--frob"},
+      {"devices", "now"},
+      {"devices", "--timeout", "0"},
+      {"devices", "--timeout", "soon"},
+      {"devices", "--interval", "0"},
+      {"devices", "--address", "here"},
+      {"devices", "--group", "239.255.44"},
+      {"devices", "--port", "65536"},
+      {"devices", "--port", "x"},
+      {"devices", "--name", ""},
+      {"devices", "--name", "a\nb"},
+      {"devices", "--id", "me"},
+  };
+  for (auto const& row : rows) {
+    Parsed const parsed = parse(row);
+    EXPECT_FALSE(parsed.hasWork);
+    EXPECT_EQ(parsed.status, 2);
+    EXPECT_THAT(parsed.error, MatchesRegex("zelvctl: [^\n]+\n"));
+    EXPECT_EQ(parsed.out, "");
+  }
+}
+
+TEST(ZelvctlOptions, ShowHelpWhenAsked) {
+  for (std::vector<char const*> const& row :
+       {std::vector<char const*>{"--help"}, std::vector<char const*>{"devices", "--help"}}) {
+    Parsed const parsed = parse(row);
+    EXPECT_FALSE(parsed.hasWork);
+    EXPECT_EQ(parsed.status, 0);
+    EXPECT_NE(parsed.out.find("devices"), std::string::npos);
+    EXPECT_EQ(parsed.error, "");
+  }
+}
+
+}  // namespace
+}  // namespace ZelvCtl
