@@ -1,16 +1,19 @@
 #include "zelv/core/MultiDevice.h"
 
+#include <initializer_list>
+#include <list>
+#include <new>
 #include <stdexcept>
+#include <vector>
 
 #include "zelv/adapter/NetworkInterface.h"
 #include "zelv/core/DevicesFile.h"
 #include "zelv/core/DiscoveryService.h"
+#include "zelv/core/MultiDeviceSources.h"
 #include "zelv/infrastructure/ZelvFileUtil.h"
 #include "zelv/interfaces/InterfaceFactory.h"
 #include "zelv/platform/Directories.h"
-#include "zelv/platform/DurableFile.h"
 #include "zelv/platform/PCRealDebug.h"
-#include "zelv/platform/Shell.h"
 #include "zelv/platform/TCTv.h"
 #include "zelv/platform/TraceScope.h"
 
@@ -23,7 +26,6 @@ using Platform::Directories;
 namespace {
 
 char const* const branch = "/Zelv/Devices";
-char const* const devicesFile = "Devices.xml";
 char const* const configurationFile = "Configuration.xml";
 char const* const alertsPath = "Devices/LocalTV/SystemAlerts/text()";
 char const* const idPath = "/Zelv/Devices/LocalTV/@ID";
@@ -50,9 +52,25 @@ void logNoSetControl() {
       "Quorl, do nothing");
 }
 
-std::unique_ptr<HierarchicalDB> load(char const* aFile) {
-  auto document = std::make_unique<HierarchicalDB>();
-  document->loadFromFile(Directories::Writable() + aFile);
+/// A lack of memory is told in words of its own, which the log of a failed start shows.
+template <typename Made, typename... Arguments>
+std::unique_ptr<Made> allocate(char const* aFailure, Arguments... aArguments) {
+  std::unique_ptr<Made> made(new (std::nothrow) Made(aArguments...));
+  if (!made) {
+    throw std::runtime_error(aFailure);
+  }
+  return made;
+}
+
+/// Throws aNoFile when the file is neither good nor can be restored.
+std::unique_ptr<HierarchicalDB> load(char const* aFile, char const* aNoFile,
+                                     char const* aNoMemory) {
+  std::string const& directory = Directories::Writable();
+  if (ZelvFileUtil::checkIsFileAvailable(aFile, directory, /*aValidate=*/true) != 0) {
+    throw std::runtime_error(aNoFile);
+  }
+  auto document = allocate<HierarchicalDB>(aNoMemory);
+  document->loadFromFile(directory + aFile);
   return document;
 }
 
@@ -62,32 +80,38 @@ bool isOn(HierarchicalDB& aConfiguration, char const* aPath) {
   return value == "true";
 }
 
-bool isIdentity(std::string const& aText) {
-  try {
-    return GUID(aText) != GUID::nullGUID;
-  } catch (std::exception const&) {
-    return false;
-  }
-}
-
 }  // namespace
 
 Core::MultiDevice::MultiDevice() {
   TraceScope trace("MultiDevice::MultiDevice");
-  if (ZelvFileUtil::checkIsFileAvailable(devicesFile, Directories::Writable(), true) != 0) {
-    throw std::runtime_error(
-        "in MultiDevice::MultiDevice: Failed to load Devices file and could not restore!");
-  }
-  mDeviceData = load(devicesFile);
+  loadDocuments();
+  chooseDiscovery();
+}
+
+void Core::MultiDevice::loadDocuments() {
+  mDeviceData =
+      load(DevicesFile::Name,
+           "in MultiDevice::MultiDevice: Failed to load Devices file and could not restore!",
+           "in MultiDevice::MultiDevice: Failed allocate HierarchicalDB for Devices DB!");
   DevicesFile::repairIfIncomplete(*mDeviceData);
-  if (ZelvFileUtil::checkIsFileAvailable(configurationFile, Directories::Writable(), true) != 0) {
-    throw std::runtime_error(
-        "in MultiDevice::MultiDevice: Failed to load Configuration file and could not restore!");
+  mConfiguration =
+      load(configurationFile,
+           "in MultiDevice::MultiDevice: Failed to load Configuration file and could not restore!",
+           "in MultiDevice::MultiDevice: Failed allocate HierarchicalDB for Configuration DB!");
+}
+
+void Core::MultiDevice::chooseDiscovery() {
+  if (isOn(*mConfiguration, "/Configuration/UPnPDiscovery/text()")) {
+    PCRealDebug::Print(PCRealDebug::Notable, "MultiDevice::MultiDevice: Using UPnP Discovery!");
+    // The first line tells what the file asks for; nobody shall take it for what happens.
+    PCRealDebug::Print(
+        PCRealDebug::Warning,
+        "MultiDevice::MultiDevice: This library is built without UPnP Discovery, going on.");
   }
-  mConfiguration = load(configurationFile);
   if (isOn(*mConfiguration, "/Configuration/ZelvDiscovery/text()")) {
     PCRealDebug::Print(PCRealDebug::Notable, "MultiDevice::MultiDevice: Using Zelv Discovery!");
-    mDiscoveryService = std::make_unique<DiscoveryService>(this);
+    mDiscoveryService = allocate<DiscoveryService>(
+        "in MultiDevice::MultiDevice: Failed allocate DiscoveryService!", this);
   }
 }
 
@@ -102,7 +126,7 @@ int Core::MultiDevice::getData(std::string const& aXPath, std::string& aData, GU
   TraceScope trace("MultiDevice::getData");
   if (beginsWithAny(aXPath,
                     {"/Zelv/Devices/RemoteTV", "/Zelv/Devices/Mobile", "/Zelv/Devices/Unknown"})) {
-    readDiscovered(aXPath, aData, aTransactionID);
+    aData = readDiscovered(aXPath, aTransactionID);
     return 0;
   }
   // Dead ends with success: applications still read them from the time when there was a set control
@@ -116,13 +140,14 @@ int Core::MultiDevice::getData(std::string const& aXPath, std::string& aData, GU
   return 0;
 }
 
-void Core::MultiDevice::readDiscovered(std::string const& aXPath, std::string& aData,
-                                       GUID const& aTransactionID) {
+std::string Core::MultiDevice::readDiscovered(std::string const& aXPath,
+                                              GUID const& aTransactionID) {
   PCRealDebug::Print(PCRealDebug::Detail, "MultiDevice::getData: delegating to DiscoveryService.");
-  aData.clear();
+  std::list<IDataProvider*> sources;
   if (mDiscoveryService) {
-    mDiscoveryService->getData(aXPath, aData, aTransactionID);
+    sources.push_back(mDiscoveryService.get());
   }
+  return MultiDeviceSources::read(sources, aXPath, aTransactionID);
 }
 
 void Core::MultiDevice::readDocument(std::string const& aXPath, std::string& aData) {
@@ -175,15 +200,11 @@ int Core::MultiDevice::writeAlerts(std::string const& aXPath, std::string const&
 }
 
 void Core::MultiDevice::save() {
-  std::string const path = Directories::Writable() + devicesFile;
-  std::string const temporary = path + ".tmp";
-  if (!mDeviceData || mDeviceData->saveToFile(temporary) != 0) {
+  if (!mDeviceData || !DevicesFile::save(*mDeviceData)) {
     PCRealDebug::Print(PCRealDebug::Error,
                        "MultiDevice::setData: File save failed, data not comitted.");
     throw std::runtime_error("Fil save failed!");
   }
-  Platform::DurableFile::Replace(temporary, path);
-  Platform::Shell::Run("sync");
 }
 
 int Core::MultiDevice::addData(std::string const&, std::string const&, GUID) {
@@ -311,7 +332,7 @@ void Core::MultiDevice::initialize() {
 // An identity that is none could be told to nobody, and the tree could not register it: it counts
 // as missing.
 void Core::MultiDevice::ensureIdentity() {
-  if (isIdentity(readAtStart(idPath))) {
+  if (DevicesFile::isIdentity(readAtStart(idPath))) {
     return;
   }
   std::string const id = GUID::createGUID().toString();

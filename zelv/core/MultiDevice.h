@@ -18,7 +18,7 @@ namespace Zelv {
 class Core::MultiDevice : public IDataProvider, public virtual ICoreLifetimeCallback {
  public:
   /// Loads both files, repairing them where need be, and chooses the discovery. Throws
-  /// std::runtime_error when a file can be had from nowhere.
+  /// std::runtime_error when a file can be had from nowhere, or there is no memory.
   MultiDevice();
 
   /// Reads a path below "/Zelv/Devices". Throws std::runtime_error when there is no such data.
@@ -26,7 +26,7 @@ class Core::MultiDevice : public IDataProvider, public virtual ICoreLifetimeCall
 
   /// Writes a path below "/Zelv/Devices" and saves; subscribers hear of it when it is on the
   /// storage. Throws std::runtime_error when it cannot be saved; the value then stands in memory
-  /// alone. -1 when there is no such element.
+  /// alone, and nobody hears of it. -1 when there is no such element.
   int setData(std::string const& aXPath, std::string const& aData, GUID aTransactionID) override;
 
   /// Nothing can be added to this branch; always 0.
@@ -43,15 +43,24 @@ class Core::MultiDevice : public IDataProvider, public virtual ICoreLifetimeCall
   /// The set's product code; empty when it has none.
   void getModelName(std::string& aData);
 
-  /// Refreshes model and addresses in the file.
+  /// Refreshes model and addresses in the file. What cannot be saved is logged, and stands in
+  /// memory.
   void updateDeviceInfo();
   void updateNetworkInterfaces();
 
+  /// Refreshes the file, gives the set its identity if it has none, and starts discovery.
   void initialize();
+
+  /// Ends discovery and takes the branch back.
   void terminate();
 
+  /// 0 constructed, 1 initialised, 2 running, 3 terminated.
+  int getLifetimeState() const { return mLifetimeState; }
+
  private:
-  void readDiscovered(std::string const& aXPath, std::string& aData, GUID const& aTransactionID);
+  void loadDocuments();
+  void chooseDiscovery();
+  std::string readDiscovered(std::string const& aXPath, GUID const& aTransactionID);
   void readDocument(std::string const& aXPath, std::string& aData);
   int writeAlerts(std::string const& aXPath, std::string const& aData);
   void save();
