@@ -26,6 +26,10 @@ def address(number):
     return f"10.77.{number // 250}.{number % 250 + 1}"
 
 
+def hardware_address(address_of_node):
+    return "02:00:" + ":".join(f"{int(part):02x}" for part in address_of_node.split("."))
+
+
 class Network:
     def __init__(self, home):
         self.home = home
@@ -42,12 +46,16 @@ class Network:
         the nodes, are left for lab/wire."""
         lan = self.namespace("lan")
         ip(lines=[f"netns add {self.namespace(node)}" for node in ["lan", *nodes]])
-        ip(lines=[f"link add name eth0 netns {self.namespace(node)} type veth "
-                  f"peer name {node} netns {lan}" for node in nodes])
-        for node, address_of_node in nodes.items():
+        ip(lines=[f"link add name eth0 netns {self.namespace(node)} address {hardware_address(own)} "
+                  f"type veth peer name {node} netns {lan}" for node, own in nodes.items()])
+        for node, own in nodes.items():
+            # The neighbours stand fixed: what nodes learn goes into one table of the whole machine,
+            # which is full at a thousand entries, and then nothing is sent any more.
             ip("-n", self.namespace(node), lines=[
-                "link set lo up", f"addr add {address_of_node}/16 broadcast 10.77.255.255 dev eth0",
-                "link set eth0 up", "route add 224.0.0.0/4 dev eth0"])
+                "link set lo up", f"addr add {own}/16 broadcast 10.77.255.255 dev eth0",
+                "link set eth0 up", "route add 224.0.0.0/4 dev eth0"] +
+               [f"neigh replace {other} lladdr {hardware_address(other)} nud permanent dev eth0"
+                for other in nodes.values() if other != own])
         ends = [f"link set {node} up" for node in nodes]
         if bridged:
             ends = (["link add bridge0 type bridge mcast_snooping 0", "link set bridge0 up"] +

@@ -200,7 +200,12 @@ class Hostile(homecase.OneSetCase):
         self.check()
 
     def invented_sets(self, count):
-        """More Hellos than the list takes."""
-        self.send_all((Peer(self.stranger.address, self.random.choice(("TV", "MOBILE"))).hello()
-                       for _ in range(count)), 100)
-        self.check()
+        """Twice: the allocator keeps the room of the first time, the second must not take more."""
+        first = self.before
+        for _ in range(2):
+            self.before = self.resources()
+            self.send_all((Peer(self.stranger.address, self.random.choice(("TV", "MOBILE"))).hello()
+                           for _ in range(count)), 100)
+            self.rest()
+        print(f"\n  at first {first}, after one round {self.before}", flush=True)
+        self.check(memory_kib=1024)
