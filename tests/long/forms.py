@@ -7,7 +7,7 @@ usage: ZELV_BUILD=build-release tests/long/forms.py
 import os
 import sys
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "home"))
+sys.path[0] = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "home")
 # pylint: disable=wrong-import-position
 import homecase  # noqa: E402
 from forming import Forming  # noqa: E402
