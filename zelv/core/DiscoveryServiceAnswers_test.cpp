@@ -163,18 +163,25 @@ TEST_F(DiscoveryAnswers, DescriptionsOfOtherTypesAreLeftAlone) {
   EXPECT_EQ(read("/Zelv/Devices"), "<Devices/>");
 }
 
+// As another set would hear it, too.
 TEST_F(DiscoveryAnswers, ANameThatIsMarkupGoesOutAsItIsAndReceiversCannotReadTheMessage) {
-  for (char const* name : {"Tom &amp;lt;3", "&lt;b>"}) {
-    start({.name = name});
+  struct Case {
+    char const* file;
+    char const* sent;
+  };
+  for (Case const& name :
+       {Case{"Tom &lt;3", "<Name>Tom <3</Name>"}, Case{"&lt;b>", "<Name><b></Name>"}}) {
+    start({.name = name.file});
     service->onData("", "", nullptr, GUID::nullGUID);
-    std::string hello = take().at(0).text;
-    EXPECT_THAT(hello, HasSubstr("<"));
-    // As another set it would be heard so:
-    hello.replace(hello.find("<MessageID>") + 11, 4, "0000");
+    std::string const hello = take().at(0).text;
+    EXPECT_THAT(hello, HasSubstr(name.sent));
     hear(hello);
     EXPECT_EQ(read("/Zelv/Devices"), "<Devices/>") << hello;
     end();
   }
+  start({.name = "Tom &amp; Jerry"});
+  service->onData("", "", nullptr, GUID::nullGUID);
+  EXPECT_THAT(take().at(0).text, HasSubstr("<Name>Tom & Jerry</Name>"));
 }
 
 // The listener's thread is this one here: it must be free at once, although the peer never answers.
