@@ -118,6 +118,12 @@ class Node:
             time.sleep(0.01)
         raise NodeError(f"{self.name} does not answer 'get {path}'")
 
+    def write(self, path, value):
+        """Asks for a write; a later read sees it."""
+        since = len(self.lines())
+        self.say(f"set {path} {value}")
+        self.wait_for("queued ", since)
+
     def identifier(self):
         """The device ID, of a set that is ready."""
         return self.wait_for("ready ").split(" ")[1]

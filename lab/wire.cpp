@@ -14,7 +14,6 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <cstring>
 #include <iostream>
 #include <iterator>
 #include <map>
@@ -23,6 +22,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -58,8 +58,8 @@ void end(int) {
   ended = 1;
 }
 
-std::runtime_error failure(std::string const& aText) {
-  return std::runtime_error("wire: " + aText + ": " + std::strerror(errno));
+std::system_error failure(std::string const& aText) {
+  return {errno, std::generic_category(), "wire: " + aText};
 }
 
 /// The end of one cable.

@@ -287,8 +287,8 @@ class Forms(homecase.OneSetCase):
             self.assertAlmostEqual(1.0, later - earlier, delta=0.25 * homecase.PATIENCE)
 
     def test_the_name_is_read_anew_for_each_message(self):
-        self.tv.say("set /Zelv/Devices/LocalTV/Name/text() bedroom")
-        self.wait_until(lambda: self.tv.ask("/Zelv/Devices/LocalTV/Name/text()") == "bedroom")
+        self.tv.write("/Zelv/Devices/LocalTV/Name/text()", "bedroom")
+        self.assertEqual("bedroom", self.tv.ask("/Zelv/Devices/LocalTV/Name/text()"))
         self.assertIn("<Name>bedroom</Name>", self.speaker.probe(self.peer).text.decode())
 
 
