@@ -1,8 +1,14 @@
 """A home forms: everybody sees everybody."""
 
+import os
+import signal
+import subprocess
+import sys
+import time
+
 import homecase
 from forming import Forming
-from homecase import ids
+from homecase import Home, ids
 
 
 class Forms(Forming):
@@ -27,6 +33,46 @@ class Forms(Forming):
         home.down()
         self.assertFalse(any(process.is_alive() for process in processes))
         self.assertFalse(homecase.leftovers(names + [directory]))
+
+
+class Nothing(homecase.HomeCase):
+    """Nothing is left of a home, whatever happened to it."""
+
+    def command(self, verb, *program):
+        child = subprocess.Popen([sys.executable, "-B", os.path.join(homecase.ROOT, "lab", "home"),
+                                  "--name", "gone", verb, "--build", self._home().build, "--tvs",
+                                  "4", "--phones", "0", *program],
+                                 stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        self.addCleanup(child.kill)
+        return child
+
+    def sets(self):
+        return homecase.processes_with("/run/zelv-gone/tv")
+
+    def check(self):
+        self.wait_until(lambda: not self.sets(), what="a set lives on")
+        left = [name for name in os.listdir("/run") if name.startswith("zelv-gone")]
+        left += [name for name in os.listdir("/run/netns") if name.startswith("zelv-gone")]
+        self.assertEqual([], left)
+
+    def test_when_it_is_interrupted_while_it_is_put_up(self):
+        for number in (signal.SIGINT, signal.SIGTERM):
+            for pause in (0.1, 1.0):
+                child = self.command("up")
+                self.wait_until(lambda: os.path.exists("/run/zelv-gone") or child.poll() is not None)
+                time.sleep(pause)
+                child.send_signal(number)
+                child.wait(30)
+                if child.returncode == 0:  # it was up already
+                    Home("gone").load().down()
+                self.check()
+
+    def test_when_the_program_that_holds_it_is_killed(self):
+        child = self.command("run", "sleep", "100")
+        self.wait_until(lambda: len(self.sets()) == 4, 20)
+        child.kill()
+        child.wait()
+        self.check()
 
 
 if __name__ == "__main__":

@@ -34,6 +34,20 @@ def leftovers(names):
             if os.path.exists(name) or os.path.exists(os.path.join("/run/netns", name))]
 
 
+def processes_with(text):
+    """Those that live and were called with the text."""
+    found = []
+    for pid in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            with open(f"/proc/{pid}/cmdline", "rb") as line:
+                words = line.read()
+        except OSError:
+            continue
+        if text.encode() in words:
+            found.append(int(pid))
+    return found
+
+
 class Subscription:
     """What a set tells one subscriber, read from its output."""
 
