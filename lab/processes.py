@@ -18,6 +18,7 @@ class Process:
     def __init__(self, pid, started=None):
         self.pid = pid
         self.started = started or self._start()
+        self.exit_status = None  # once it has ended, of a child of this program
 
     def _start(self):
         found = fields(self.pid)
@@ -28,7 +29,9 @@ class Process:
 
     def is_alive(self):
         try:
-            os.waitpid(self.pid, os.WNOHANG)
+            if self.exit_status is None:
+                pid, status = os.waitpid(self.pid, os.WNOHANG)
+                self.exit_status = os.waitstatus_to_exitcode(status) if pid else None
         except ChildProcessError:
             pass  # it is another's child, or it is gone
         found = fields(self.pid)

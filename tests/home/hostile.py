@@ -143,8 +143,9 @@ class Hostile(homecase.OneSetCase):
         self.assertLessEqual(after["descriptors"], self.before["descriptors"] + 1)
         if PATIENCE == 1:  # the sanitizers keep what is freed
             self.assertLessEqual(after["memory"], self.before["memory"] + memory_kib)
-        seconds = self.home.end(self.tv)
-        self.assertLess(seconds, 5)
+        process = self.tv.process
+        self.assertLess(self.home.end(self.tv), 5)
+        self.assertEqual(0, process.exit_status, self.tv.read("log"))
 
     # What is done, for as long or as often as the short and the long form say
 
