@@ -168,13 +168,14 @@ void Core::DiscoveryService::listenIfDeaf() {
 }
 
 void Core::DiscoveryService::startTimer() {
+  std::int32_t const seconds = interval(readSetting("/Zelv/Devices/HeartBeatInterval/text()"));
   stopTimer();
-  mHeartBeatInterval = interval(readSetting("/Zelv/Devices/HeartBeatInterval/text()"));
-  if (mHeartBeatInterval == 0) {
+  mHeartBeatInterval = seconds;
+  if (seconds == 0) {
     return;
   }
-  GUID const timer = mCoreTimer->createTimer(static_cast<unsigned>(mHeartBeatInterval) * 1000, -1,
-                                             timerName, this);
+  GUID const timer =
+      mCoreTimer->createTimer(static_cast<unsigned>(seconds) * 1000, -1, timerName, this);
   TCAutoLock lock(mLock);
   mHeartBeatTimerId = timer;
 }

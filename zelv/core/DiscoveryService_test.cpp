@@ -20,6 +20,7 @@ namespace {
 
 using Platform::Fake::FakeAlarm;
 using Platform::Fake::LogLine;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -239,12 +240,18 @@ TEST_F(DiscoveryStart, ASecondStartReadsTheSettingsAnew) {
 }
 
 TEST_F(DiscoveryStart, ASecondStartThatFailsLeavesTheFirstAtWork) {
-  start();
-  device->getDeviceData()->setContent("/Devices/MulticastGroup", "", false);
-  EXPECT_THROW(service->initialize(), std::runtime_error);
-  FakeClock::Advance(10000);
-  service->terminate();
-  EXPECT_THAT(takeTypes(), ElementsAre("HeartBeat", "Bye"));
+  for (char const* missing : {"/Devices/MulticastGroup", "/Devices/HeartBeatInterval"}) {
+    start();
+    device->getDeviceData()->setContent(missing, "", false);
+    EXPECT_THROW(service->initialize(), std::runtime_error) << missing;
+    FakeClock::Advance(10000);
+    service->terminate();
+    EXPECT_EQ(FakeAlarm::Armed(), 0);
+    std::vector<std::string> const types = takeTypes();
+    EXPECT_THAT(types, Contains("HeartBeat")) << missing;
+    EXPECT_EQ(types.back(), "Bye");
+    end();
+  }
 }
 
 using DiscoveryEnd = DiscoveryStart;
