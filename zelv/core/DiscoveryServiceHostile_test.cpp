@@ -223,13 +223,13 @@ TEST_F(HostileDiscovery, AByeCannotRemoveOthers) {
   EXPECT_EQ(phones(), "b");
 }
 
-TEST_F(HostileDiscovery, AHundredThousandInventedIdentifiersAreAskedForTwentyTimesASecond) {
+TEST_F(HostileDiscovery, InventedIdentifiersAreAskedForTwentyTimesASecond) {
   int resolves = 0;
-  for (int index = 0; index < 100000; ++index) {
+  for (int index = 0; index < 20000; ++index) {
     hear("<Envelope><Header><MessageID>" + std::to_string(index) +
          "</MessageID></Header><Body><HeartBeat><Device ID='invented" + std::to_string(index) +
          "'/></HeartBeat></Body></Envelope>");
-    if (index % 10000 == 9999) {
+    if (index % 2000 == 1999) {
       resolves += static_cast<int>(take().size());
       FakeClock::Advance(1000);
     }
@@ -248,7 +248,7 @@ TEST_F(HostileDiscovery, AHundredThousandInventedIdentifiersAreAskedForTwentyTim
 }
 
 TEST_F(HostileDiscovery, InventedDevicesFillTheListAndLeaveItWithTheNextTicks) {
-  for (int index = 0; index < 3000; ++index) {
+  for (int index = 0; index < 1200; ++index) {
     hear(Texts::hello(index % 2 == 0 ? "TV" : "MOBILE", "invented" + std::to_string(index)));
   }
   EXPECT_EQ(devicesInList(), RemoteDeviceList::MaxDevices);

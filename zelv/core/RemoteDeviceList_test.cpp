@@ -256,7 +256,7 @@ TEST_F(RemoteDeviceListTest, WhateverIsAddedCanBeRemovedAgain) {
   std::mt19937 random(44);  // NOLINT(cert-msc51-cpp): the same on every run
   std::string const alphabet = "abz09-_.:;/\\|!=<>()[]{}'\"@*%$#&,~ \t\x01\x13\x7f\xc3\xa4\xff";
   int added = 0;
-  for (int round = 0; round < 3000; ++round) {
+  for (int round = 0; round < 1000; ++round) {
     std::string id;
     for (std::size_t length = 1 + random() % 6; length > 0; --length) {
       id += alphabet[random() % alphabet.size()];
@@ -273,7 +273,7 @@ TEST_F(RemoteDeviceListTest, WhateverIsAddedCanBeRemovedAgain) {
     }
     ASSERT_EQ(read("/Devices"), "<Devices/>") << id;
   }
-  EXPECT_GT(added, 300);
+  EXPECT_GT(added, 100);
 }
 
 TEST_F(RemoteDeviceListTest, HoldsAsManyAsItMayAndNotOneMore) {

@@ -99,6 +99,19 @@ TEST_F(UnresolvedDevicesTest, TakesAsManyAsItMayAndNotOneMore) {
   EXPECT_TRUE(devices.note("one too many", 100));
 }
 
+TEST_F(UnresolvedDevicesTest, AHundredThousandInventedDevicesAreBounded) {
+  int asked = 0;
+  for (int index = 0; index < 100000; ++index) {
+    asked += devices.note("invented" + std::to_string(index), 100 + index / 1000) ? 1 : 0;
+    if (index % 1000 == 999) {
+      FakeClock::Advance(1000);
+    }
+    ASSERT_LE(devices.size(), UnresolvedDevices::MaxEntries);
+  }
+  EXPECT_LE(asked, 101 * UnresolvedDevices::MaxPerSecond);
+  EXPECT_GE(asked, 1000) << "those who had their time went";
+}
+
 TEST_F(UnresolvedDevicesTest, InAFullTableThoseWhoHadTheirTimeGiveWay) {
   fill(100);
   EXPECT_FALSE(devices.note("new", 100 + UnresolvedDevices::Patience));
