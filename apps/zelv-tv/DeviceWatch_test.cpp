@@ -10,7 +10,6 @@
 namespace ZelvTv {
 namespace {
 
-using testing::_;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::NiceMock;

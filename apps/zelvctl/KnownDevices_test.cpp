@@ -17,6 +17,7 @@ Device device(std::string const& aId, std::string const& aType = "TV",
 
 std::vector<std::string> idsOf(std::vector<Device> const& aDevices) {
   std::vector<std::string> ids;
+  ids.reserve(aDevices.size());
   for (Device const& each : aDevices) {
     ids.push_back(each.id);
   }
