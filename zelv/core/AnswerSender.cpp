@@ -44,10 +44,16 @@ bool AnswerSender::isRunning() {
 }
 
 void AnswerSender::end() {
+  std::size_t dropped = 0;
   {
     TCAutoLock lock(mLock);
     mTaking = false;
+    dropped = mWaiting.size();
     mWaiting.clear();
+  }
+  if (dropped != 0) {
+    PCRealDebug::Print(PCRealDebug::Notable, "AnswerSender::end: %zu answers are dropped.",
+                       dropped);
   }
   mOffered.Give();
   Destroy();

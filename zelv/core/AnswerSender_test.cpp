@@ -141,10 +141,8 @@ TEST_F(AnswerSenderTest, WaitsAtItsEndForTheOneUnderWayAloneAndDropsTheOthers) {
   sender.offer(answer("dropped"));
   sender.offer(answer("dropped too"));
   std::thread ending([this] { sender.end(); });
-  // It takes no more as soon as it is ending.
-  while (sender.offer(answer("late"))) {
-    std::this_thread::yield();
-  }
+  EXPECT_TRUE(log.waitFor(PCRealDebug::Notable, "AnswerSender::end: 2 answers are dropped."));
+  EXPECT_FALSE(sender.offer(answer("late"))) << "it takes no more as soon as it is ending";
   wire.open();
   ending.join();
   EXPECT_THAT(wire.sent(), ElementsAre("blocked"));

@@ -89,6 +89,7 @@ class DiscoveryTest : public ::testing::Test {
     service->initialize();
     std::size_t const messages = aSettings.address.empty() ? 1 : 2;
     EXPECT_EQ(takeWhenThereAre(messages).size(), messages) << set.log.dump();
+    EXPECT_TRUE(set.log.waitFor(PCRealDebug::Trace, "DiscoveryService::onData: Exit."));
     set.log.clear();
   }
   void start() { start(Settings()); }
