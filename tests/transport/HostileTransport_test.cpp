@@ -134,7 +134,8 @@ class HostileTransport : public testing::Test {
   HostileTransport() {
     allowDescriptors();
     // Else the allocator reserves 64 MiB of addresses for each of the first threads that meet in
-    // it, and no thread's stack could be told from that.
+    // it, and no thread's stack could be told from that. No other thread runs yet.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe)
     ::mallopt(M_ARENA_MAX, 1);
     PCRealDebug::Silence();
     PCThread::ReleaseParked();
@@ -347,6 +348,8 @@ TEST_F(HostileTransport, ConnectionsThatGoAtOnceLeaveNothing) {
 
 /// More in the long form, tests/long/messages.
 int messagesInARow() {
+  // Nobody changes the environment of a test.
+  // NOLINTNEXTLINE(concurrency-mt-unsafe)
   char const* const text = std::getenv("ZELV_TEST_MESSAGES");
   return text == nullptr ? 20000 : std::atoi(text);
 }

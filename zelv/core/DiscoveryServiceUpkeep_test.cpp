@@ -11,7 +11,6 @@ namespace Zelv {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class DiscoveryUpkeep : public Testing::DiscoveryTest {
  protected:

@@ -20,8 +20,6 @@ using Platform::Fake::FakeFiles;
 using Platform::Fake::FakeShell;
 using Platform::Fake::Logged;
 using ::testing::EndsWith;
-using ::testing::HasSubstr;
-using ::testing::Not;
 using ::testing::SizeIs;
 using Testing::Told;
 
