@@ -28,7 +28,7 @@ class DiscoveryMessagesTest : public testing::Test {
  protected:
   /// The identifier of the message, which must be one.
   static std::string idOf(std::string const& aMessage) {
-    std::string const id = DiscoveryTexts::between(aMessage, "<MessageID>", "</MessageID>");
+    std::string id = DiscoveryTexts::between(aMessage, "<MessageID>", "</MessageID>");
     EXPECT_EQ(GUID(id).toString(), id);
     return id;
   }

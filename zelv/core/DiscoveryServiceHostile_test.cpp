@@ -18,7 +18,6 @@ namespace Zelv {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class HostileDiscovery : public Testing::DiscoveryTest {
  protected:

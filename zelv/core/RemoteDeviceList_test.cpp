@@ -214,19 +214,12 @@ TEST_F(RemoteDeviceListTest, ADescriptionThatWouldBreakItsEntryChangesNothing) {
 TEST_F(RemoteDeviceListTest, AnIdThatCouldBreakOutOfItsQuotesMatchesNothingAndIsNotAdded) {
   add(Texts::hello("TV", "a"));
   add(Texts::hello("TV", "b"));
-  std::vector<std::string> const ids = {"",
-                                        "a[b",
-                                        "a]b",
-                                        "x' or '1'='1",
-                                        "\"",
-                                        "a<b",
-                                        "a&b",
-                                        "a\x13"
-                                        "b",
-                                        "a&#x13;b",
-                                        std::string(129, 'i'),
-                                        "a\nb",
-                                        "\x7f",
+  std::vector<std::string> const ids = {"",          "a[b",
+                                        "a]b",       "x' or '1'='1",
+                                        "\"",        "a<b",
+                                        "a&b",       std::string("a\x13") + "b",
+                                        "a&#x13;b",  std::string(129, 'i'),
+                                        "a\nb",      "\x7f",
                                         "a']/x[@y='"};
   for (std::string const& id : ids) {
     HierarchicalDB message;

@@ -45,7 +45,7 @@ class GroupPeer {
 
   /// The next message; all three copies of it have to come. Empty when none comes in time.
   std::string hear() {
-    std::string const first = datagram();
+    std::string first = datagram();
     for (int copy = 0; copy < 2 && !first.empty(); ++copy) {
       if (datagram() != first) {
         return "not the same three times: " + first;
