@@ -103,7 +103,7 @@ TEST_F(RemoteDevice, UnresolvedWithItsResolveMatchBecomesKnown) {
     makeUnresolved(id);
     hear(Texts::resolveMatch(kind.type, id, "Answer"));
     EXPECT_EQ(read("/Zelv/Devices/" + std::string(kind.element) + "/Name/text()"), "Answer");
-    EXPECT_THAT(told(), ElementsAre(id + " " + id));
+    EXPECT_THAT(told(), ElementsAre(std::string(id).append(" ").append(id)));
     // The question is answered: a further one is not expected.
     hear(Texts::resolveMatch(kind.type, id, "Late"));
     EXPECT_EQ(read("/Zelv/Devices/" + std::string(kind.element) + "/Name/text()"), "Answer");
