@@ -28,14 +28,16 @@ class Process:
         return [self.pid, self.started]
 
     def is_alive(self):
+        if self.exit_status is not None:
+            return False
         try:
-            if self.exit_status is None:
-                pid, status = os.waitpid(self.pid, os.WNOHANG)
-                self.exit_status = os.waitstatus_to_exitcode(status) if pid else None
-        except ChildProcessError:
-            pass  # it is another's child, or it is gone
-        found = fields(self.pid)
-        return bool(found) and found[19] == self.started and found[0] not in "ZX"
+            # A child has ended when it says so: its first thread is a zombie some time before.
+            pid, status = os.waitpid(self.pid, os.WNOHANG)
+            self.exit_status = os.waitstatus_to_exitcode(status) if pid else None
+            return not pid
+        except ChildProcessError:  # it is another's child, or it is gone
+            found = fields(self.pid)
+            return bool(found) and found[19] == self.started and found[0] not in "ZX"
 
     def signal(self, number):
         if self.is_alive():

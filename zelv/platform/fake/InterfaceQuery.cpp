@@ -11,7 +11,6 @@
 namespace Zelv::Platform {
 
 using Fake::FakeInterface;
-using Fake::FakeInterfaces;
 
 namespace {
 
