@@ -3,6 +3,7 @@
 #include <set>
 
 #include "zelv/adapter/NetworkConnection.h"
+#include "zelv/adapter/SendCancel.h"
 #include "zelv/platform/PCRealDebug.h"
 #include "zelv/platform/TCAutoLock.h"
 #include "zelv/platform/TraceScope.h"
@@ -178,6 +179,22 @@ GUID NetworkAdapter::send(URL aURL, std::string const& aMessage,
   bool const sent =
       prepareSender(connection, protocol) && connection.sendMessage(aMessage, aRepeat);
   return sent ? GUID::createGUID() : GUID::nullGUID;
+}
+
+GUID NetworkAdapter::send(URL aURL, std::string const& aMessage,
+                          std::string const& aLocalInterfaceIP, int aRepeat, SendCancel& aCancel) {
+  TraceScope trace("NetworkAdapter::send");
+  if (!aLocalInterfaceIP.empty()) {
+    PCRealDebug::Print(PCRealDebug::Trace, "NetworkAdapter::send: Local Interface IP found = %s.",
+                       aLocalInterfaceIP.c_str());
+  }
+  std::string const protocol = aURL.getProtocol();
+  NetworkConnection connection(protocol, aURL.getDomainName(), aLocalInterfaceIP, aURL.getPort(),
+                               nullptr, OutgoingConnection);
+  SendCancel::Scope const scope(aCancel, connection);
+  bool const sent = !aCancel.isCancelled() && prepareSender(connection, protocol) &&
+                    connection.sendMessage(aMessage, aRepeat);
+  return sent && !aCancel.isCancelled() ? GUID::createGUID() : GUID::nullGUID;
 }
 
 // NOLINTEND(performance-unnecessary-value-param)

@@ -12,6 +12,8 @@
 
 namespace Zelv::Adapter {
 
+class SendCancel;
+
 /// The one place of the process through which components listen and send. The protocol of a URL,
 /// "tcp" or "udp", decides the transport.
 class NetworkAdapter {
@@ -44,6 +46,11 @@ class NetworkAdapter {
   /// @return a new identifier; the null identifier on failure.
   Infrastructure::GUID send(Infrastructure::URL aURL, std::string const& aMessage,
                             std::string const& aLocalInterfaceIP, int aRepeat);
+
+  /// As the other, for a send that aCancel may end at any time. A send that was cancelled has
+  /// failed, although the text may have arrived.
+  Infrastructure::GUID send(Infrastructure::URL aURL, std::string const& aMessage,
+                            std::string const& aLocalInterfaceIP, int aRepeat, SendCancel& aCancel);
 
   /// Closes all services that are left.
   void terminate();

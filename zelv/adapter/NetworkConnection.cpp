@@ -182,6 +182,12 @@ bool NetworkConnection::createTCPConnection() {
                        "NetworkConnection::createTCPConnection: Failed to set the TCP socket RCV "
                        "timeout value.");
   }
+  // Asked after the time-outs are set, which interrupt() shortens.
+  if (mInterrupted) {
+    return fail(
+        "NetworkConnection::createTCPConnection: Failed to connect to TCP server, errno=%s.",
+        ECANCELED);
+  }
   if (CCmSocket::Connect(mSocket, &mRemoteAddress, addressSize) < 0) {
     return fail(
         "NetworkConnection::createTCPConnection: Failed to connect to TCP server, errno=%s.",
@@ -619,6 +625,18 @@ void NetworkConnection::closeConnection() {
   }
   if (socket < 0 || !mServing) {
     closeSocket();
+  }
+}
+
+// A wait that has begun ends by the shutdown. One that begins right behind it, which the shutdown
+// of a socket not yet connected does not keep from waiting, ends by the time-out.
+void NetworkConnection::interrupt() {
+  TCAutoLock lock(mLock);
+  mInterrupted = true;
+  int const socket = mSocket;
+  if (socket >= 0) {
+    SocketOptions::endWaits(socket);
+    CCmSocket::Shutdown(socket, bothWays);
   }
 }
 

@@ -78,6 +78,10 @@ class NetworkConnection : public virtual PCThread {
   /// ends.
   void closeConnection();
 
+  /// Ends what an outgoing connection waits in on another thread, and makes connecting fail from
+  /// now on. The thread that sends closes the connection, as ever.
+  void interrupt();
+
   /// True once the thread body is over, and those of the connections that it accepted: joining
   /// them does not wait.
   bool isFinished() const;
@@ -132,6 +136,7 @@ class NetworkConnection : public virtual PCThread {
   std::atomic<int> mSocketNumber{-1};
   bool mServing ZELV_GUARDED_BY(mLock) = false;
   std::atomic<bool> mFinished{false};
+  std::atomic<bool> mInterrupted{false};
   /// Of an accepted connection: its message has not arrived yet.
   std::atomic<bool> mReading{false};
   std::atomic<std::int64_t> mLastActivity{0};

@@ -35,6 +35,7 @@ SocketCommon::In_addr interfaceAddress(std::string const& aInterface) {
 }
 
 constexpr TimeValue patience{3, 0};
+constexpr TimeValue noPatience{0, 1000};  // 0 would be no bound at all
 
 }  // namespace
 
@@ -48,6 +49,11 @@ int SocketOptions::sendTimeout(int aSocket) {
 
 int SocketOptions::receiveTimeout(int aSocket) {
   return set(aSocket, levelSocket, 20, patience);
+}
+
+void SocketOptions::endWaits(int aSocket) {
+  set(aSocket, levelSocket, 21, noPatience);
+  set(aSocket, levelSocket, 20, noPatience);
 }
 
 void SocketOptions::keepAlive(int aSocket) {

@@ -14,6 +14,9 @@ class SocketOptions {
   static int sendTimeout(int aSocket);
   static int receiveTimeout(int aSocket);
 
+  /// Bounds both to a thousandth of a second, for waits that begin from now on.
+  static void endWaits(int aSocket);
+
   /// Lets the kernel find out, within two minutes, that a silent peer is no longer there. A peer
   /// that is there notices nothing.
   static void keepAlive(int aSocket);
