@@ -24,7 +24,9 @@ class ZELV_EXPORT IBaseCommand : public virtual IBase {
   virtual GUID executeCommand(std::string const& aCommand, std::string const& aDeviceID,
                               IBaseCommandCallback* aCallback) = 0;
 
-  /// Forgets a callback: no return value comes to it any more.
+  /// Forgets a callback, with all its commands: when it returns, no return value comes to it any
+  /// more. It waits for a call of the callback that is under way on another thread, so the caller
+  /// MUST NOT hold a lock that the callback takes; from within the callback it returns at once.
   ///
   /// @throws std::invalid_argument "aCallback parameter is NULL!".
   virtual void discardCommandCallback(IBaseCommandCallback* aCallback) = 0;
@@ -38,7 +40,8 @@ class ZELV_EXPORT IBaseCommand : public virtual IBase {
   virtual GUID registerCommandHandler(std::string const& aCommandName,
                                       IBaseCommandHandler* aHandler) = 0;
 
-  /// Takes a name back from its handler. An unknown handle is only logged.
+  /// Takes a name back from its handler, waiting as discardCommandCallback() does. An unknown
+  /// handle is only logged.
   virtual void unregisterCommandHandler(GUID const& aHandle) = 0;
 
   ~IBaseCommand() override;

@@ -1,0 +1,55 @@
+#include "zelv/controller/PendingCommands.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Zelv::Controller {
+
+ContextInformation const* PendingCommands::add(std::unique_ptr<PendingCommandContext> aCommand) {
+  ContextInformation const* const context = aCommand.get();
+  mEntries[context].mCommand = std::move(aCommand);
+  return context;
+}
+
+void PendingCommands::asked(ContextInformation const* aCommand, GUID const& aTransactionId) {
+  auto const entry = mEntries.find(aCommand);
+  if (entry != mEntries.end()) {
+    if (std::find(mEarlyFailures.begin(), mEarlyFailures.end(), aTransactionId) !=
+        mEarlyFailures.end()) {
+      mEntries.erase(entry);
+    } else {
+      entry->second.mTransactionId = aTransactionId;
+    }
+  }
+  dropEarlyFailures();
+}
+
+std::unique_ptr<PendingCommandContext> PendingCommands::take(ContextInformation const* aCommand) {
+  auto const entry = mEntries.find(aCommand);
+  if (entry == mEntries.end()) {
+    return nullptr;
+  }
+  std::unique_ptr<PendingCommandContext> command = std::move(entry->second.mCommand);
+  mEntries.erase(entry);
+  dropEarlyFailures();
+  return command;
+}
+
+void PendingCommands::failed(GUID const& aTransactionId) {
+  auto const erased = std::erase_if(
+      mEntries, [&](auto const& aEntry) { return aEntry.second.mTransactionId == aTransactionId; });
+  if (erased == 0) {
+    mEarlyFailures.push_back(aTransactionId);
+  }
+  dropEarlyFailures();
+}
+
+// They are of use only while a request is under way.
+void PendingCommands::dropEarlyFailures() {
+  if (std::all_of(mEntries.begin(), mEntries.end(),
+                  [](auto const& aEntry) { return aEntry.second.mTransactionId.has_value(); })) {
+    mEarlyFailures.clear();
+  }
+}
+
+}  // namespace Zelv::Controller
