@@ -10,13 +10,16 @@ namespace Zelv {
 /// Input events that mobile devices send. All operations may be called from any thread.
 class ZELV_EXPORT IBaseUser : public virtual IBase {
  public:
-  /// Subscribes to the input events of one type.
+  /// Subscribes to the input events of one type: those whose type is the same, byte for byte. The
+  /// empty type gets the events that could not be read, with empty texts.
   ///
   /// @param aCallback  not owned; MUST live until it is unsubscribed.
   /// @return the subscription's id, which every event carries.
   virtual GUID subscribeUser(std::string const& aType, IBaseUserCallback* aCallback) = 0;
 
-  /// Ends a subscription.
+  /// Ends a subscription. When it returns, its callback is not being called on another thread and
+  /// will not be called any more. An unknown id is only logged. May be called from within
+  /// onUserInput(), that of the subscription itself included; it then returns at once.
   virtual void unsubscribeUser(GUID aSubscriptionID) = 0;
 
   ~IBaseUser() override;

@@ -11,7 +11,12 @@ class ZELV_EXPORT IBaseUserCallback : public virtual IBaseStatusCallback {
  public:
   ~IBaseUserCallback() override;
 
-  /// One input event. Called on the thread of the user controller.
+  /// One input event. Called on the thread of the user controller, one event at a time, in the
+  /// order of their arrival. It may call back into the library, but MUST NOT wait for a thread that
+  /// ends this very subscription; while it blocks no other event is delivered. What it throws is
+  /// logged.
+  ///
+  /// Whoever can reach this set on the network can send one: no text in it is to be trusted.
   ///
   /// @param aType            the type that was subscribed to.
   /// @param aValue           the event's content; may hold markup.
