@@ -44,6 +44,7 @@ class ZELV_EXPORT Core : public virtual ICoreData,
  public:
   class DiscoveryService;
   class GenericDataProvider;
+  class MultiAccount;
   class MultiDevice;
 
   /// The instance, made and started on first use. What comes out of its start leaves here; the
