@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "zelv/controller/GetDataTask.h"
+#include "zelv/controller/RemoteDataController.h"
 #include "zelv/controller/SetDataTask.h"
-#include "zelv/infrastructure/MultiString.h"
 #include "zelv/platform/PCRealDebug.h"
 #include "zelv/platform/TCAutoLock.h"
 #include "zelv/platform/TraceScope.h"
@@ -50,7 +50,8 @@ bool isLocal(std::string_view aXPath, std::string_view aDeviceId) {
 
 }  // namespace
 
-DataController::DataController(std::string const& aDeviceId) : DataController(aDeviceId, nullptr) {}
+DataController::DataController(std::string const& aDeviceId)
+    : DataController(aDeviceId, std::make_unique<RemoteDataController>(this)) {}
 
 DataController::DataController(std::string const& aDeviceId,
                                std::unique_ptr<RemoteDataHandler> aRemoteHandler)
@@ -318,7 +319,7 @@ void DataController::onData(std::string const&, std::string const& aValue,
     mRemoteHandler->removeAllRemoteDeviceService();
     return;
   }
-  std::list<std::string> const online = Infrastructure::MultiString::split(aValue);
+  std::list<std::string> const online = RemoteDataController::multiStringToList(aValue);
   mRemoteHandler->terminateInactiveDeviceQueue(online);
   mRemoteHandler->removeInactiveDeviceSubscription(online);
 }

@@ -32,11 +32,12 @@ class DataController : public virtual IAppData,
                        public virtual ICoreDataCallback,
                        public virtual PCThread {
  public:
-  /// Without a way to other devices: what is asked of them is recorded and never answered.
+  /// With a RemoteDataController as the way to other devices.
   /// @param aDeviceId  this device's identifier; empty until the device provider registers.
   explicit DataController(std::string const& aDeviceId);
 
-  /// With one, unless it is null. It hears of the local address as soon as the worker runs.
+  /// With another way to them, which hears of the local address as soon as the worker runs. With
+  /// null there is none: what is asked of other devices is recorded and never answered.
   DataController(std::string const& aDeviceId, std::unique_ptr<RemoteDataHandler> aRemoteHandler);
 
   GUID setData(std::string const& aXPath, std::string const& aValue, IBaseDataCallback* aCallback,

@@ -161,7 +161,7 @@ TEST_F(DataControllerHostileInput, AsAValueArrivesAsItIs) {
 }
 
 TEST_F(DataControllerHostileInput, AsAPathForTheHelpersEnds) {
-  DataController controller("me");
+  DataController controller("me", nullptr);
   for (std::string const& text : hostileTexts()) {
     controller.isLocalXPath(text);
     EXPECT_LE(DataController::getDeviceIdFromXPath(text).size(), text.size());

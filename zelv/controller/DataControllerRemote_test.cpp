@@ -266,7 +266,7 @@ TEST(DataControllerWithoutRemoteSide, OnlyLogsTheDevicesThatCome) {
     aData = "one";
     return 0;
   };
-  DataController controller("me");
+  DataController controller("me", nullptr);
   controller.registerDataProvider("/Zelv/", &provider);
   controller.initialize();
   controller.requestData("/Zelv/last", nullptr, &callback);

@@ -39,7 +39,7 @@ class DataControllerWorkerTest : public ::testing::Test {
   void SetUp() override {
     inside.Create(0);
     leave.Create(0);
-    controller = std::make_unique<DataController>("");
+    controller = std::make_unique<DataController>("", nullptr);
     controller->registerDataProvider("/Zelv/A", &provider);
   }
 

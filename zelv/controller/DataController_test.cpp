@@ -64,13 +64,13 @@ class DataControllerTest : public ::testing::Test {
   FakeProvider devices;
   Context context;
   LogCapture log;
-  DataController controller{""};
+  DataController controller{"", nullptr};
 };
 
 // Paths.
 
 TEST_F(DataControllerTest, TakesOnlyPathsBelowItsOwnRootForLocal) {
-  DataController const named("me");
+  DataController const named("me", nullptr);
   EXPECT_TRUE(named.isLocalXPath("/Zelv/"));
   EXPECT_TRUE(named.isLocalXPath("/Zelv/a"));
   EXPECT_TRUE(named.isLocalXPath("/Zelv[@DeviceId='me']/a"));
