@@ -1,0 +1,186 @@
+// One input event, from the datagram to the subscriber, beside the same datagram in plain system
+// calls.
+
+#include <arpa/inet.h>
+#include <benchmark/benchmark.h>
+#include <netinet/in.h>
+#include <pthread.h>
+#include <semaphore.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "zelv/adapter/NetworkAdapter.h"
+#include "zelv/controller/UserController.h"
+#include "zelv/interfaces/ICoreUserCallback.h"
+#include "zelv/platform/PCRealDebug.h"
+
+namespace {
+
+using Zelv::Adapter::NetworkAdapter;
+using Zelv::Controller::UserController;
+using Zelv::Controller::UserInput;
+using Zelv::Infrastructure::GUID;
+using Zelv::Infrastructure::URL;
+
+constexpr int cBuffer = 4096;
+
+/// What a phone sends for one key.
+std::string const cDocument =
+    "<OnInput><Type>Key</Type><Value>VolumeUp</Value>"
+    "<DeviceGuid>6ba7b811-9dad-11d1-80b4-00c04fd430c8</DeviceGuid>"
+    "<UserNickname>Anna</UserNickname></OnInput>";
+std::string const cLine =
+    "<Envelope><Header><MessageID>6ba7b810-9dad-11d1-80b4-00c04fd430c8</MessageID></Header><Body>" +
+    cDocument + "</Body></Envelope>\n";
+
+sockaddr_in loopback(int aPort) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(static_cast<std::uint16_t>(aPort));
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  return address;
+}
+
+/// A datagram socket bound to a port of the kernel's choice.
+int boundSocket(int& aPort) {
+  int const bound = socket(AF_INET, SOCK_DGRAM, 0);
+  sockaddr_in address = loopback(0);
+  socklen_t length = sizeof address;
+  if (bind(bound, reinterpret_cast<sockaddr*>(&address), length) != 0 ||
+      getsockname(bound, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
+    std::abort();
+  }
+  aPort = ntohs(address.sin_port);
+  return bound;
+}
+
+int freePort() {
+  int port = 0;
+  close(boundSocket(port));
+  return port;
+}
+
+class Arrivals {
+ public:
+  Arrivals() { sem_init(&mSemaphore, 0, 0); }
+  ~Arrivals() { sem_destroy(&mSemaphore); }
+  void arrive() { sem_post(&mSemaphore); }
+  void take() {
+    while (sem_wait(&mSemaphore) != 0) {
+    }
+  }
+
+ private:
+  sem_t mSemaphore;
+};
+
+/// Sends datagrams one by one, each when the one before has arrived.
+void sendDatagrams(benchmark::State& aState, int aPort, Arrivals& aArrivals) {
+  sockaddr_in const address = loopback(aPort);
+  int const sender = socket(AF_INET, SOCK_DGRAM, 0);
+  for (auto _ : aState) {
+    sendto(sender, cLine.data(), cLine.size(), 0, reinterpret_cast<sockaddr const*>(&address),
+           sizeof address);
+    aArrivals.take();
+  }
+  close(sender);
+}
+
+struct BareReader {
+  Arrivals arrivals;
+  int port = 0;
+  int socket = boundSocket(port);
+};
+
+void* readBare(void* aReader) {
+  auto& reader = *static_cast<BareReader*>(aReader);
+  char buffer[cBuffer];
+  sockaddr_in from{};
+  socklen_t length = sizeof from;
+  while (recvfrom(reader.socket, buffer, sizeof buffer - 1, 0, reinterpret_cast<sockaddr*>(&from),
+                  &length) > 0) {
+    benchmark::DoNotOptimize(buffer);
+    reader.arrivals.arrive();
+  }
+  return nullptr;
+}
+
+void bareDatagram(benchmark::State& aState) {
+  BareReader reader;
+  pthread_t thread;
+  pthread_create(&thread, nullptr, readBare, &reader);
+  sendDatagrams(aState, reader.port, reader.arrivals);
+  shutdown(reader.socket, SHUT_RDWR);
+  pthread_join(thread, nullptr);
+  close(reader.socket);
+}
+
+class Subscriber : public virtual Zelv::ICoreUserCallback {
+ public:
+  void onUserInput(std::string const& aType, std::string const& aValue, std::string const&,
+                   std::string const&, GUID const&) override {
+    benchmark::DoNotOptimize(aType.data());
+    benchmark::DoNotOptimize(aValue.data());
+    arrivals.arrive();
+  }
+  void onStatus(Zelv::StatusInformation const&, GUID const&) override {}
+
+  Arrivals arrivals;
+};
+
+/// A controller with its thread and one subscriber, without a tree.
+class Input {
+ public:
+  Input() : mController([](GUID) -> Zelv::IBase* { return nullptr; }) {
+    PCRealDebug::Silence();
+    mController.initialize();
+    PCRealDebug::SetLevel(PCRealDebug::Warning);
+    mController.subscribeUser("Key", &mSubscriber);
+  }
+
+  UserController& controller() { return mController; }
+  Arrivals& arrivals() { return mSubscriber.arrivals; }
+
+ private:
+  Subscriber mSubscriber;
+  UserController mController;
+};
+
+void inputDatagram(benchmark::State& aState) {
+  Input input;
+  int const port = freePort();
+  URL const url("udp", "127.0.0.1", std::to_string(port), "");
+  if (NetworkAdapter::getInstance()->registerService(url, &input.controller(), "") ==
+      GUID::nullGUID) {
+    std::abort();
+  }
+  sendDatagrams(aState, port, input.arrivals());
+  delete NetworkAdapter::getInstance();
+}
+
+/// The same without the wire: reading the text, and the way to the subscriber's thread.
+void inputMessage(benchmark::State& aState) {
+  Input input;
+  for (auto _ : aState) {
+    input.controller().onMessage(cLine, cLine);
+    input.arrivals().take();
+  }
+}
+
+void inputText(benchmark::State& aState) {
+  for (auto _ : aState) {
+    UserInput const input(cDocument);
+    benchmark::DoNotOptimize(input.getType().data());
+  }
+}
+
+BENCHMARK(bareDatagram)->UseRealTime();
+BENCHMARK(inputDatagram)->UseRealTime();
+BENCHMARK(inputMessage)->UseRealTime();
+BENCHMARK(inputText);
+
+}  // namespace
