@@ -2,20 +2,16 @@
 
 #include <exception>
 #include <optional>
-#include <set>
 #include <utility>
 #include <vector>
 
 #include "zelv/adapter/NetworkAdapter.h"
-#include "zelv/adapter/NetworkConnection.h"
 #include "zelv/controller/DataController.h"
 #include "zelv/controller/OnlineDevices.h"
-#include "zelv/infrastructure/HierarchicalDB.h"
+#include "zelv/controller/RemoteDataReader.h"
 #include "zelv/infrastructure/MultiString.h"
-#include "zelv/infrastructure/XMLSerializer.h"
 #include "zelv/infrastructure/XPathGate.h"
 #include "zelv/interfaces/InterfaceFactory.h"
-#include "zelv/platform/CCmSocket.h"
 #include "zelv/platform/PCRealDebug.h"
 #include "zelv/platform/TCAutoLock.h"
 #include "zelv/platform/TraceScope.h"
@@ -23,7 +19,6 @@
 namespace Zelv::Controller {
 
 using Adapter::NetworkAdapter;
-using Infrastructure::HierarchicalDB;
 using Infrastructure::URL;
 
 namespace {
@@ -40,78 +35,6 @@ ICoreData* findInterface() {
 std::string lookupPath(std::string const& aDeviceId) {
   return "/Zelv/Devices/RemoteTV[@ID='" + aDeviceId +
          "']/Services/Service[Name='DataControl']/URL/text()";
-}
-
-/// Empty also when there is no such element.
-std::string read(HierarchicalDB& aMessage, char const* aXPath) {
-  std::string value;
-  aMessage.getContent(aXPath, value);
-  return value;
-}
-
-std::optional<GUID> readId(std::string const& aText) {
-  try {
-    return GUID(aText);
-  } catch (std::exception const&) {
-    return std::nullopt;
-  }
-}
-
-/// Answers go to one host. Sent to a group or to nowhere in particular they would be multiplied.
-bool isOneHost(URL const& aUrl) {
-  std::string const domain = aUrl.getDomainName();
-  std::uint32_t const address = CCmSocket::StringToNumeric(domain.c_str()).mAddress;
-  return !Adapter::NetworkConnection::isMulticastAddress(domain) && address != 0 &&
-         address != 0xFFFFFFFFU;
-}
-
-std::optional<URL> readUrl(std::string const& aText) {
-  try {
-    URL const url(aText);
-    bool const usable = aText.size() <= RemoteDataController::cUrlLength && isOneHost(url);
-    return usable ? std::optional<URL>(url) : std::nullopt;
-  } catch (std::exception const&) {
-    return std::nullopt;
-  }
-}
-
-/// A bracket that is never closed. Such a path matches nothing.
-bool hasOpenBracket(std::string const& aXPath) {
-  std::string::size_type const open = aXPath.rfind('[');
-  return open != std::string::npos && aXPath.find(']', open) == std::string::npos;
-}
-
-/// The path that another device means, in the form for this device's own tree.
-/// @return nothing, with a line in the log, for one that the tree would not take.
-std::optional<std::string> readPath(HierarchicalDB& aMessage, char const* aElement) {
-  std::string path = read(aMessage, aElement);
-  Infrastructure::XMLSerializer::unescapeXMLEntities(path, path);
-  bool usable = path.size() <= RemoteDataController::cPathLength && !hasOpenBracket(path);
-  if (usable) {
-    try {
-      path = DataController::convertToLocalXPath(path);
-      usable = path.starts_with("/Zelv/");
-    } catch (std::exception const&) {
-      usable = false;
-    }
-  }
-  if (!usable) {
-    PCRealDebug::Print(PCRealDebug::Error,
-                       "RemoteDataController::onMessage: XPath '%s' is not a path of this device.",
-                       path.c_str());
-    return std::nullopt;
-  }
-  return path;
-}
-
-/// What stands between the tags of an element. The cut is by position: senders write the tags just
-/// so. An element that is closed at once has nothing between them.
-std::string withoutTags(std::string const& aElement) {
-  constexpr std::size_t opening = 6;
-  constexpr std::size_t closing = 7;
-  return aElement.size() <= opening + closing
-             ? std::string()
-             : aElement.substr(opening, aElement.size() - opening - closing);
 }
 
 void logLost(std::string const& aDeviceID) {
@@ -360,100 +283,59 @@ void RemoteDataController::onMessage(std::string const& aMessage, std::string co
 }
 
 void RemoteDataController::handleMessage(std::string const& aMessage) {
-  HierarchicalDB message;
-  message.loadFromString(aMessage);
+  RemoteDataReader message(aMessage);
   if (!message.isLoaded()) {
     PCRealDebug::Print(PCRealDebug::Error,
                        "RemoteDataController::onMessage: Failed to load Message.");
     return;
   }
-  std::string const senderId = read(message, "/Envelope/Header/SenderID/text()");
   ICoreData* const coreData = mFindCoreData();
   if (coreData == nullptr) {
     PCRealDebug::Print(PCRealDebug::Error,
                        "RemoteDataProvider::onMessage: Failed to obtain ICoreData interface.");
     return;
   }
-  handleType(read(message, "/Envelope/Body/*[1]/name()"), message, senderId, *coreData);
+  handleType(message, *coreData);
 }
 
-void RemoteDataController::handleType(std::string const& aType, Message& aMessage,
-                                      std::string const& aSenderId, ICoreData& aCoreData) {
-  if (aType == "OnData") {
+void RemoteDataController::handleType(RemoteDataReader& aMessage, ICoreData& aCoreData) {
+  std::string const type = aMessage.type();
+  if (type == "OnData") {
     PCRealDebug::Print(PCRealDebug::Notable, "RemoteDataController::onMessage: Received OnData.");
     handleOnData(aMessage, aCoreData);
-  } else if (aType == "RequestData") {
+  } else if (type == "RequestData") {
     PCRealDebug::Print(PCRealDebug::Notable,
                        "RemoteDataController::onMessage: Received RequestData.");
-    handleQuestion(aMessage, aSenderId, true, aCoreData);
-  } else if (aType == "SubscribeData") {
+    handleQuestion(aMessage, true, aCoreData);
+  } else if (type == "SubscribeData") {
     PCRealDebug::Print(PCRealDebug::Notable,
                        "RemoteDataController::onMessage: Received SubscribeData.");
-    handleQuestion(aMessage, aSenderId, false, aCoreData);
-  } else if (aType == "UnsubscribeData") {
+    handleQuestion(aMessage, false, aCoreData);
+  } else if (type == "UnsubscribeData") {
     PCRealDebug::Print(PCRealDebug::Notable,
                        "RemoteDataController::onMessage: Received UnsubscribeData.");
     handleUnsubscribe(aMessage, aCoreData);
-  } else if (aType == "SetData") {
+  } else if (type == "SetData") {
     PCRealDebug::Print(PCRealDebug::Notable, "RemoteDataController::onMessage: Received SetData.");
     handleSetData(aMessage, aCoreData);
   }
 }
 
-namespace {
-
-std::optional<GUID> readSubscriptionId(HierarchicalDB& aMessage, char const* aXPath) {
-  std::string const text = read(aMessage, aXPath);
-  std::optional<GUID> const id = readId(text);
-  if (!id) {
-    PCRealDebug::Print(PCRealDebug::Error,
-                       "RemoteDataController::onMessage: SubscriptionId '%s' is not a GUID.",
-                       text.c_str());
-  }
-  return id;
-}
-
-std::optional<GUID> readTransactionId(HierarchicalDB& aMessage) {
-  std::string const text = read(aMessage, "/Envelope/Body/RequestData/TransactionId/text()");
-  std::optional<GUID> const id = readId(text);
-  if (!id) {
-    PCRealDebug::Print(PCRealDebug::Error,
-                       "RemoteDataController::onMessage: TransactionId '%s' is not a GUID.",
-                       text.c_str());
-  }
-  return id;
-}
-
-std::optional<URL> readNotifyTo(HierarchicalDB& aMessage) {
-  std::string const text = read(aMessage, "/Envelope/Header/NotifyTo/text()");
-  std::optional<URL> const url = readUrl(text);
-  if (!url) {
-    PCRealDebug::Print(PCRealDebug::Error,
-                       "RemoteDataController::onMessage: NotifyTo '%s' is not a URL.",
-                       text.c_str());
-  }
-  return url;
-}
-
-}  // namespace
-
-void RemoteDataController::handleOnData(Message& aMessage, ICoreData& aCoreData) {
-  std::optional<GUID> const id =
-      readSubscriptionId(aMessage, "/Envelope/Body/OnData/SubscriptionId/text()");
+void RemoteDataController::handleOnData(RemoteDataReader& aMessage, ICoreData& aCoreData) {
+  std::optional<GUID> const id = aMessage.subscriptionId("OnData");
   if (id) {
-    aCoreData.notifyDataSubscriber(*id, read(aMessage, "/Envelope/Body/OnData/Data/node()"));
+    aCoreData.notifyDataSubscriber(*id, aMessage.value());
   }
 }
 
-void RemoteDataController::handleQuestion(Message& aMessage, std::string const& aSenderId,
-                                          bool aOneTime, ICoreData& aCoreData) {
-  std::optional<URL> const notifyTo = readNotifyTo(aMessage);
+void RemoteDataController::handleQuestion(RemoteDataReader& aMessage, bool aOneTime,
+                                          ICoreData& aCoreData) {
+  std::optional<URL> const notifyTo = aMessage.notifyTo();
   if (!notifyTo) {
     return;
   }
   std::optional<GUID> const id =
-      aOneTime ? readTransactionId(aMessage)
-               : readSubscriptionId(aMessage, "/Envelope/Body/SubscribeData/SubscriptionId/text()");
+      aOneTime ? aMessage.transactionId() : aMessage.subscriptionId("SubscribeData");
   if (!id) {
     return;
   }
@@ -463,20 +345,12 @@ void RemoteDataController::handleQuestion(Message& aMessage, std::string const& 
                        "RemoteDataController::onMessage: the null GUID names no request.");
     return;
   }
-  std::optional<std::string> const path =
-      readPath(aMessage, aOneTime ? "/Envelope/Body/RequestData/XPath/text()"
-                                  : "/Envelope/Body/SubscribeData/XPath/text()");
-  if (!path || isBusy()) {
-    return;
+  std::optional<std::string> const path = aMessage.path(aOneTime ? "RequestData" : "SubscribeData");
+  std::optional<std::string> const senderId = aMessage.boundedSenderId();
+  if (path && senderId && !isBusy()) {
+    ask(std::make_shared<RemoteDataSubscriptionContext>(*id, *notifyTo, *senderId, aOneTime, *path),
+        aCoreData);
   }
-  if (aSenderId.size() > cDeviceIdLength) {
-    PCRealDebug::Print(PCRealDebug::Error,
-                       "RemoteDataController::onMessage: SenderID '%s' is too long.",
-                       aSenderId.c_str());
-    return;
-  }
-  ask(std::make_shared<RemoteDataSubscriptionContext>(*id, *notifyTo, aSenderId, aOneTime, *path),
-      aCoreData);
 }
 
 void RemoteDataController::ask(Subscription const& aContext, ICoreData& aCoreData) {
@@ -519,9 +393,8 @@ void RemoteDataController::takeBack(RemoteDataSubscriptionContext const& aContex
   }
 }
 
-void RemoteDataController::handleUnsubscribe(Message& aMessage, ICoreData& aCoreData) {
-  std::optional<GUID> const id =
-      readSubscriptionId(aMessage, "/Envelope/Body/UnsubscribeData/SubscriptionId/text()");
+void RemoteDataController::handleUnsubscribe(RemoteDataReader& aMessage, ICoreData& aCoreData) {
+  std::optional<GUID> const id = aMessage.subscriptionId("UnsubscribeData");
   if (!id) {
     return;
   }
@@ -540,20 +413,14 @@ void RemoteDataController::handleUnsubscribe(Message& aMessage, ICoreData& aCore
   }
 }
 
-void RemoteDataController::handleSetData(Message& aMessage, ICoreData& aCoreData) {
-  std::optional<std::string> const path = readPath(aMessage, "/Envelope/Body/SetData/XPath/text()");
+void RemoteDataController::handleSetData(RemoteDataReader& aMessage, ICoreData& aCoreData) {
+  std::optional<std::string> const path = aMessage.path("SetData");
   if (!path) {
     return;
   }
-  std::string const element = read(aMessage, "/Envelope/Body/SetData/Data");
-  if (element.size() < 6) {
-    PCRealDebug::Print(PCRealDebug::Error,
-                       "RemoteDataController::onMessage: Data '%s' is no element.",
-                       element.c_str());
-    return;
-  }
-  if (!isBusy()) {
-    aCoreData.setData(*path, withoutTags(element), this, true);
+  std::optional<std::string> const value = aMessage.newValue();
+  if (value && !isBusy()) {
+    aCoreData.setData(*path, *value, this, true);
   }
 }
 

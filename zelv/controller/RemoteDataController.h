@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <cstddef>
 #include <list>
 #include <memory>
@@ -16,13 +15,10 @@
 #include "zelv/interfaces/NetworkMessageCallback.h"
 #include "zelv/platform/PCMutex.h"
 
-namespace Zelv::Infrastructure {
-class HierarchicalDB;
-}
-
 namespace Zelv::Controller {
 
 class DataController;
+class RemoteDataReader;
 
 /// The trees of other devices: asks them for what the data tasks want, and answers what they ask of
 /// the tree of this one. Messages go both ways over TCP at port 4446.
@@ -43,11 +39,6 @@ class RemoteDataController : public virtual RemoteDataHandler,
 
   /// While so many data tasks wait, nothing that other devices ask for is added to them.
   static constexpr std::size_t cDataTasks = 16384;
-  /// Longest path that another device may ask for: the tree answers no longer one.
-  static constexpr std::size_t cPathLength = 2048;
-  /// Longest identifier of another device, and longest address for its answers.
-  static constexpr std::size_t cDeviceIdLength = 128;
-  static constexpr std::size_t cUrlLength = 1024;
 
   /// @param aOwner  not used before it is constructed.
   explicit RemoteDataController(DataController* aOwner);
@@ -110,7 +101,6 @@ class RemoteDataController : public virtual RemoteDataHandler,
   RemoteDeviceQueues const& getQueues() const { return mQueues; }
 
  private:
-  using Message = Infrastructure::HierarchicalDB;
   using Subscription = RemoteDataContexts::Subscription;
 
   void onAddress(std::string const& aAddress);
@@ -118,14 +108,12 @@ class RemoteDataController : public virtual RemoteDataHandler,
   void answer(RemoteDataSubscriptionContext const& aContext, std::string const& aValue);
 
   void handleMessage(std::string const& aMessage);
-  void handleType(std::string const& aType, Message& aMessage, std::string const& aSenderId,
-                  ICoreData& aCoreData);
-  void handleOnData(Message& aMessage, ICoreData& aCoreData);
-  void handleQuestion(Message& aMessage, std::string const& aSenderId, bool aOneTime,
-                      ICoreData& aCoreData);
+  void handleType(RemoteDataReader& aMessage, ICoreData& aCoreData);
+  void handleOnData(RemoteDataReader& aMessage, ICoreData& aCoreData);
+  void handleQuestion(RemoteDataReader& aMessage, bool aOneTime, ICoreData& aCoreData);
   void ask(Subscription const& aContext, ICoreData& aCoreData);
-  void handleUnsubscribe(Message& aMessage, ICoreData& aCoreData);
-  void handleSetData(Message& aMessage, ICoreData& aCoreData);
+  void handleUnsubscribe(RemoteDataReader& aMessage, ICoreData& aCoreData);
+  void handleSetData(RemoteDataReader& aMessage, ICoreData& aCoreData);
   bool isBusy() const;
 
   void takeBack(RemoteDataSubscriptionContext const& aContext, ICoreData& aCoreData);
