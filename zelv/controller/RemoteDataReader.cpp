@@ -1,13 +1,11 @@
 #include "zelv/controller/RemoteDataReader.h"
 
-#include <cstdint>
 #include <exception>
 #include <utility>
 
-#include "zelv/adapter/NetworkConnection.h"
+#include "zelv/adapter/OneHost.h"
 #include "zelv/controller/DataController.h"
 #include "zelv/infrastructure/XMLSerializer.h"
-#include "zelv/platform/CCmSocket.h"
 #include "zelv/platform/PCRealDebug.h"
 
 namespace Zelv::Controller {
@@ -28,18 +26,10 @@ std::optional<GUID> readId(std::string const& aText) {
   }
 }
 
-/// Answers go to one host. Sent to a group or to nowhere in particular they would be multiplied.
-bool isOneHost(URL const& aUrl) {
-  std::string const domain = aUrl.getDomainName();
-  std::uint32_t const address = CCmSocket::StringToNumeric(domain.c_str()).mAddress;
-  return !Adapter::NetworkConnection::isMulticastAddress(domain) && address != 0 &&
-         address != 0xFFFFFFFFU;
-}
-
 std::optional<URL> readUrl(std::string const& aText) {
   try {
     URL const url(aText);
-    bool const usable = aText.size() <= RemoteDataReader::cUrlLength && isOneHost(url);
+    bool const usable = aText.size() <= RemoteDataReader::cUrlLength && Adapter::isOneHost(url);
     return usable ? std::optional<URL>(url) : std::nullopt;
   } catch (std::exception const&) {
     return std::nullopt;
