@@ -16,7 +16,7 @@ using Infrastructure::URL;
 namespace {
 
 /// How often idle queues are looked for, at most.
-constexpr std::int64_t cSweepMs = 60 * 1000;
+constexpr std::int64_t cSweepMs = 60'000;
 
 }  // namespace
 

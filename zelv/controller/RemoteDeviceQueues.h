@@ -27,7 +27,7 @@ class RemoteDeviceQueues {
   /// Queues let go whose threads have not ended. Beyond it there is no new one.
   static constexpr std::size_t cPending = 256;
   /// A queue without a device ID leaves with no device. It goes when it was idle for so long.
-  static constexpr std::int64_t cIdleMs = 10 * 60 * 1000;
+  static constexpr std::int64_t cIdleMs = 600'000;
 
   /// Posts to the queue of a service, which is made if there is none.
   /// @return false when there is no queue to be had.
