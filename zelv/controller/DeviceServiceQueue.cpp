@@ -125,8 +125,8 @@ void DeviceServiceQueue::send(std::string const& aText) {
   for (int count = 0; !sent && count < MaxAttempts && !mTerminate; ++count) {
     sent = attempt(aText, count);
   }
-  ++(sent ? mSent : mDropped);
   mLastActivity = PCTime::MonotonicMs();
+  ++(sent ? mSent : mDropped);
 }
 
 bool DeviceServiceQueue::attempt(std::string const& aText, int aCount) {

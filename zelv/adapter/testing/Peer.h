@@ -64,10 +64,10 @@ class Peer {
     return CCmSocket::SetAddress(mSocket, &any, sizeof any) == 0;
   }
 
-  bool listen(std::uint16_t aPort) {
+  bool listen(std::uint16_t aPort, int aBacklog = 16) {
     std::int32_t const yes = 1;
     CCmSocket::SetOptions(mSocket, 1, 2, &yes, sizeof yes);
-    return bind(aPort) && CCmSocket::ListenConnectionRequest(mSocket, 16) == 0;
+    return bind(aPort) && CCmSocket::ListenConnectionRequest(mSocket, aBacklog) == 0;
   }
 
   /// With an invalid end when nobody came.
