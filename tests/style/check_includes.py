@@ -82,6 +82,10 @@ EXCEPTIONS = {
     ): "the place that creates the standard components, which live in the core",
     (
         "zelv/controller/EnvironmentController.cpp",
+        "zelv/core/MultiAccount.h",
+    ): "the place that creates the standard components, which live in the core",
+    (
+        "zelv/controller/EnvironmentController.cpp",
         "zelv/core/MultiDevice.h",
     ): "the place that creates the standard components, which live in the core",
 }

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "zelv/core/GenericDataProvider.h"
+#include "zelv/core/MultiAccount.h"
 #include "zelv/core/MultiDevice.h"
 #include "zelv/infrastructure/ZelvFileUtil.h"
 #include "zelv/platform/Directories.h"
@@ -32,6 +33,10 @@ IBaseLifetimeCallback* makeGenericDataProvider(std::string const& aBaseXPath,
   return new (std::nothrow) Core::GenericDataProvider(aBaseXPath, aDataFileName, true);
 }
 
+IBaseLifetimeCallback* makeMultiAccount() {
+  return new (std::nothrow) Core::MultiAccount;
+}
+
 IBaseLifetimeCallback* makeMultiDevice() {
   return new (std::nothrow) Core::MultiDevice;
 }
@@ -39,7 +44,7 @@ IBaseLifetimeCallback* makeMultiDevice() {
 }  // namespace
 
 EnvironmentController::EnvironmentController()
-    : EnvironmentController(Makers{makeGenericDataProvider, makeMultiDevice}) {}
+    : EnvironmentController(Makers{makeGenericDataProvider, makeMultiAccount, makeMultiDevice}) {}
 
 EnvironmentController::EnvironmentController(Makers const& aMakers) : mMakers(aMakers) {}
 
@@ -117,6 +122,8 @@ void EnvironmentController::initialize() {
                   "could not restore!",
                   "EnvironmentController::createEnvironment: failed to create "
                   "GenericDataProvider for /Zelv/Applications"});
+  take("MultiAccount", std::unique_ptr<IBaseLifetimeCallback>(mMakers.multiAccount()),
+       "EnvironmentController::createEnvironment: failed to create MultiAccount.");
   take("MultiDevice", std::unique_ptr<IBaseLifetimeCallback>(mMakers.multiDevice()),
        "EnvironmentController::createEnvironment: failed to create MultiDevice.");
 }

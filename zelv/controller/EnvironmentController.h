@@ -26,6 +26,7 @@ class EnvironmentController : public virtual ICoreEnvironment, public virtual IA
   /// What the standard components are made by.
   struct Makers {
     MakeProvider provider;
+    MakeComponent multiAccount;
     MakeComponent multiDevice;
   };
 

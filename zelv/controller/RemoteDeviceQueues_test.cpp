@@ -7,12 +7,12 @@
 #include <string>
 
 #include "zelv/adapter/NetworkAdapter.h"
-#include "zelv/adapter/testing/OwnNetwork.h"
 #include "zelv/controller/testing/RawDevice.h"
 #include "zelv/platform/fake/FakeClock.h"
 #include "zelv/platform/fake/FakeLog.h"
 #include "zelv/platform/fake/FakeThreads.h"
 #include "zelv/platform/fake/LogMatchers.h"
+#include "zelv/platform/fake/OwnNetwork.h"
 
 namespace Zelv::Controller {
 namespace {

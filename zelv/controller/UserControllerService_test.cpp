@@ -7,13 +7,13 @@
 #include <string>
 
 #include "zelv/adapter/NetworkAdapter.h"
-#include "zelv/adapter/testing/OwnNetwork.h"
 #include "zelv/adapter/testing/Peer.h"
 #include "zelv/controller/UserController.h"
 #include "zelv/controller/testing/FakeCoreData.h"
 #include "zelv/controller/testing/RecordingUserCallback.h"
 #include "zelv/platform/fake/FakeLog.h"
 #include "zelv/platform/fake/Fakes.h"
+#include "zelv/platform/fake/OwnNetwork.h"
 
 namespace Zelv::Controller {
 namespace {

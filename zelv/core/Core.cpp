@@ -81,6 +81,8 @@ void Core::initialize() {
   mEnvironmentController.initialize();
   mLifetimeController.initialize();
   mDataController.initialize();
+  mCommandController.initialize();
+  mUserController.initialize();
 }
 
 void Core::terminate() {
@@ -92,6 +94,8 @@ void Core::terminate() {
     // The worker has to be at rest all the same, before anybody deletes what it works with.
     thrown = std::current_exception();
   }
+  mUserController.terminate();
+  mCommandController.terminate();
   mDataController.terminate();
   mTimerController.terminate();
   endNetwork();
@@ -198,6 +202,23 @@ GUID Core::setLifetimeState(eLifetimeCommand aCommand, std::string const& aCompo
   return mLifetimeController.setLifetimeState(aCommand, aComponentName, aCallback);
 }
 
+GUID Core::executeCommand(std::string const& aCommand, std::string const& aDeviceID,
+                          IBaseCommandCallback* aCallback) {
+  return mCommandController.executeCommand(aCommand, aDeviceID, aCallback);
+}
+
+void Core::discardCommandCallback(IBaseCommandCallback* aCallback) {
+  mCommandController.discardCommandCallback(aCallback);
+}
+
+GUID Core::registerCommandHandler(std::string const& aCommandName, IBaseCommandHandler* aHandler) {
+  return mCommandController.registerCommandHandler(aCommandName, aHandler);
+}
+
+void Core::unregisterCommandHandler(GUID const& aHandle) {
+  mCommandController.unregisterCommandHandler(aHandle);
+}
+
 GUID Core::createTimer(unsigned int aTimeMs, int aRepeat, std::string const& aTimerName,
                        IBaseTimerCallback* aCallback) {
   return mTimerController.createTimer(aTimeMs, aRepeat, aTimerName, aCallback);
@@ -209,6 +230,14 @@ void Core::destroyTimer(GUID const& aTimerID, IBaseTimerCallback* aCallback) {
 
 void Core::resetTimer(GUID const& aTimerID, unsigned int aTimeMs, int aRepeat) {
   mTimerController.resetTimer(aTimerID, aTimeMs, aRepeat);
+}
+
+GUID Core::subscribeUser(std::string const& aType, IBaseUserCallback* aCallback) {
+  return mUserController.subscribeUser(aType, aCallback);
+}
+
+void Core::unsubscribeUser(GUID aSubscriptionID) {
+  mUserController.unsubscribeUser(aSubscriptionID);
 }
 
 // The three texts name another class than the one that logs them; readers of logs know them so.

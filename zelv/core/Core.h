@@ -3,20 +3,26 @@
 #include <map>
 #include <string>
 
+#include "zelv/controller/CommandController.h"
 #include "zelv/controller/DataController.h"
 #include "zelv/controller/EnvironmentController.h"
 #include "zelv/controller/LifetimeController.h"
 #include "zelv/controller/TimerController.h"
+#include "zelv/controller/UserController.h"
 #include "zelv/interfaces/Event.h"
+#include "zelv/interfaces/IAppCommand.h"
 #include "zelv/interfaces/IAppData.h"
 #include "zelv/interfaces/IAppEnvironment.h"
 #include "zelv/interfaces/IAppLifetime.h"
 #include "zelv/interfaces/IAppTimer.h"
+#include "zelv/interfaces/IAppUser.h"
+#include "zelv/interfaces/ICoreCommand.h"
 #include "zelv/interfaces/ICoreData.h"
 #include "zelv/interfaces/ICoreDataCallback.h"
 #include "zelv/interfaces/ICoreEnvironment.h"
 #include "zelv/interfaces/ICoreLifetime.h"
 #include "zelv/interfaces/ICoreTimer.h"
+#include "zelv/interfaces/ICoreUser.h"
 #include "zelv/platform/CTaskManager.h"
 #include "zelv/platform/Export.h"
 
@@ -38,8 +44,12 @@ class ZELV_EXPORT Core : public virtual ICoreData,
                          public virtual IAppEnvironment,
                          public virtual ICoreLifetime,
                          public virtual IAppLifetime,
+                         public virtual ICoreCommand,
+                         public virtual IAppCommand,
                          public virtual ICoreTimer,
                          public virtual IAppTimer,
+                         public virtual ICoreUser,
+                         public virtual IAppUser,
                          public virtual ICoreDataCallback {
  public:
   class DiscoveryService;
@@ -103,10 +113,20 @@ class ZELV_EXPORT Core : public virtual ICoreData,
   GUID setLifetimeState(eLifetimeCommand aCommand, std::string const& aComponentName,
                         IBaseLifetimeCallback* aCallback) override;
 
+  GUID executeCommand(std::string const& aCommand, std::string const& aDeviceID,
+                      IBaseCommandCallback* aCallback) override;
+  void discardCommandCallback(IBaseCommandCallback* aCallback) override;
+  GUID registerCommandHandler(std::string const& aCommandName,
+                              IBaseCommandHandler* aHandler) override;
+  void unregisterCommandHandler(GUID const& aHandle) override;
+
   GUID createTimer(unsigned int aTimeMs, int aRepeat, std::string const& aTimerName,
                    IBaseTimerCallback* aCallback) override;
   void destroyTimer(GUID const& aTimerID, IBaseTimerCallback* aCallback) override;
   void resetTimer(GUID const& aTimerID, unsigned int aTimeMs, int aRepeat) override;
+
+  GUID subscribeUser(std::string const& aType, IBaseUserCallback* aCallback) override;
+  void unsubscribeUser(GUID aSubscriptionID) override;
 
   /// @name Deliberately not passed on
   ///
@@ -135,6 +155,8 @@ class ZELV_EXPORT Core : public virtual ICoreData,
   Controller::TimerController mTimerController;
   Controller::EnvironmentController mEnvironmentController;
   Controller::LifetimeController mLifetimeController;
+  Controller::CommandController mCommandController;
+  Controller::UserController mUserController;
   /// The singleton; deleted by terminate().
   Adapter::NetworkAdapter* mNetworkAdapter = nullptr;
 };

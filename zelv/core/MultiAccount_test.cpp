@@ -387,10 +387,10 @@ TEST_F(MultiAccountTest, GivesTheResultOfAnAdditionThatFindsNoParentAndKeepsItsI
 
 // Saving that fails.
 
-class FailedSave : public MultiAccountTest,
-                   public ::testing::WithParamInterface<FakeFiles::Call> {};
+class FailedSaveOfAccounts : public MultiAccountTest,
+                             public ::testing::WithParamInterface<FakeFiles::Call> {};
 
-TEST_P(FailedSave, OfAWriteThrowsKeepsTheFileAndTellsNobody) {
+TEST_P(FailedSaveOfAccounts, OfAWriteThrowsKeepsTheFileAndTellsNobody) {
   run("<User ID=\"a\"><Name>x</Name></User>");
   std::string const before = file();
   FakeFiles::FailNth(GetParam());
@@ -407,7 +407,7 @@ TEST_P(FailedSave, OfAWriteThrowsKeepsTheFileAndTellsNobody) {
   EXPECT_THAT(file(), HasSubstr("<Name>Anna</Name>"));
 }
 
-TEST_P(FailedSave, OfAnAdditionThrowsKeepsTheFileAndTellsNobody) {
+TEST_P(FailedSaveOfAccounts, OfAnAdditionThrowsKeepsTheFileAndTellsNobody) {
   run(userOf("a", ""));
   std::string const before = file();
   FakeFiles::FailNth(GetParam());
@@ -419,7 +419,7 @@ TEST_P(FailedSave, OfAnAdditionThrowsKeepsTheFileAndTellsNobody) {
   EXPECT_EQ(read("/Zelv/Users/User/@ID"), "a&#x13;" + lastId());
 }
 
-INSTANTIATE_TEST_SUITE_P(MultiAccount, FailedSave,
+INSTANTIATE_TEST_SUITE_P(MultiAccount, FailedSaveOfAccounts,
                          ::testing::Values(FakeFiles::Open, FakeFiles::Write, FakeFiles::Sync,
                                            FakeFiles::Close));
 

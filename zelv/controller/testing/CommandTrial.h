@@ -13,13 +13,13 @@
 #include <vector>
 
 #include "zelv/adapter/NetworkAdapter.h"
-#include "zelv/adapter/testing/OwnNetwork.h"
 #include "zelv/controller/CommandController.h"
 #include "zelv/controller/testing/FakeCoreData.h"
 #include "zelv/controller/testing/Phone.h"
 #include "zelv/interfaces/ICoreTimer.h"
 #include "zelv/platform/fake/FakeLog.h"
 #include "zelv/platform/fake/Fakes.h"
+#include "zelv/platform/fake/OwnNetwork.h"
 
 namespace Zelv::Controller::Testing {
 

@@ -6,7 +6,6 @@
 #include <string>
 
 #include "zelv/adapter/NetworkAdapter.h"
-#include "zelv/adapter/testing/OwnNetwork.h"
 #include "zelv/controller/testing/RawDevice.h"
 #include "zelv/controller/testing/RecordingCallback.h"
 #include "zelv/controller/testing/RemoteNode.h"
@@ -14,6 +13,7 @@
 #include "zelv/platform/fake/FakeLog.h"
 #include "zelv/platform/fake/Fakes.h"
 #include "zelv/platform/fake/LogMatchers.h"
+#include "zelv/platform/fake/OwnNetwork.h"
 
 namespace Zelv::Controller::Testing {
 

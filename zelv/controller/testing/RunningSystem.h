@@ -7,6 +7,7 @@
 #include "zelv/interfaces/ICoreData.h"
 #include "zelv/interfaces/InterfaceFactory.h"
 #include "zelv/platform/fake/FakeLog.h"
+#include "zelv/platform/fake/OwnNetwork.h"
 #include "zelv/platform/fake/TemporaryDirectories.h"
 
 namespace Zelv::Controller::Testing {
@@ -21,6 +22,7 @@ class RunningSystem {
     directories.putReadOnly("Configuration.xml", cFile);
     directories.putReadOnly("Applications.xml", "<Applications/>");
     directories.putReadOnly("Devices.xml", Zelv::Testing::cSmallDevices);
+    directories.putReadOnly("Users.xml", "<Users/>");
     // What the start logs is for other tests.
     PCRealDebug::Silence();
     started = InterfaceFactory::initialize();
@@ -36,6 +38,7 @@ class RunningSystem {
     return dynamic_cast<ICoreData*>(InterfaceFactory::getInterface(IID_ICoreData));
   }
 
+  Platform::Fake::OwnNetwork network;
   Platform::Fake::TemporaryDirectories directories;
   bool started;
 };

@@ -6,6 +6,7 @@
 #include "zelv/core/Core.h"
 #include "zelv/interfaces/InterfaceFactory.h"
 #include "zelv/platform/fake/FakeLog.h"
+#include "zelv/platform/fake/OwnNetwork.h"
 #include "zelv/platform/fake/TemporaryDirectories.h"
 
 namespace Zelv::Testing {
@@ -20,6 +21,8 @@ class SmallSet {
       "<Applications><ActiveApplication><Name>none</Name><Type/></ActiveApplication>"
       "</Applications>";
 
+  static constexpr char const* cUsers = "<Users/>";
+
   static constexpr char const* cDiscoveryPath = "/Zelv/Configuration/ZelvDiscovery/text()";
   static constexpr char const* cNamePath = "/Zelv/Applications/ActiveApplication/Name/text()";
 
@@ -27,6 +30,7 @@ class SmallSet {
     directories.putReadOnly("Configuration.xml", cConfiguration);
     directories.putReadOnly("Applications.xml", cApplications);
     directories.putReadOnly("Devices.xml", cSmallDevices);
+    directories.putReadOnly("Users.xml", cUsers);
   }
   SmallSet(SmallSet const&) = delete;
   SmallSet& operator=(SmallSet const&) = delete;
@@ -35,6 +39,8 @@ class SmallSet {
   /// Starts the library. @return null when the start failed.
   static Core* start() { return InterfaceFactory::initialize() ? Core::requestCore() : nullptr; }
 
+  /// The ports of the services are fixed, and other sets run at the same time.
+  Platform::Fake::OwnNetwork network;
   Platform::Fake::TemporaryDirectories directories;
   Platform::Fake::LogCapture log;
 };
