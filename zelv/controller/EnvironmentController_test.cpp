@@ -175,6 +175,7 @@ TEST(EnvironmentController, AskingForAComponentDoesNotWaitForOneThatIsBeingMade)
          free = endsInTime(call);
          return static_cast<IBaseLifetimeCallback*>(new Component);
        },
+       [] { return static_cast<IBaseLifetimeCallback*>(new Component); },
        [] { return static_cast<IBaseLifetimeCallback*>(new Component); }});
   current = &controller;
   controller.initialize();
@@ -276,6 +277,7 @@ class EnvironmentStart : public ::testing::Test {
     return made().size() == nullAt() ? nullptr : new Component;
   }
 
+  static IBaseLifetimeCallback* makeMultiAccount() { return make("MultiAccount", ""); }
   static IBaseLifetimeCallback* makeMultiDevice() { return make("MultiDevice", ""); }
 
   void putFactoryFiles() const {
@@ -303,18 +305,20 @@ class EnvironmentStart : public ::testing::Test {
 
   TemporaryDirectories mDirectories;
   LogCapture mLog;
-  EnvironmentController mController{{&EnvironmentStart::make, &EnvironmentStart::makeMultiDevice}};
+  EnvironmentController mController{{&EnvironmentStart::make, &EnvironmentStart::makeMultiAccount,
+                                     &EnvironmentStart::makeMultiDevice}};
 };
 
 TEST_F(EnvironmentStart, MakesTheStandardComponents) {
   putFactoryFiles();
   mController.initialize();
-  EXPECT_THAT(names(), ElementsAre("ApplicationsManager", "ConfigurationManager", "MultiDevice"));
+  EXPECT_THAT(names(), ElementsAre("ApplicationsManager", "ConfigurationManager", "MultiAccount",
+                                   "MultiDevice"));
   EXPECT_THAT(
       made(),
       ElementsAre(Made{"/Zelv/Configuration", mDirectories.writable() + "Configuration.xml"},
                   Made{"/Zelv/Applications", mDirectories.writable() + "Applications.xml"},
-                  Made{"MultiDevice", ""}));
+                  Made{"MultiAccount", ""}, Made{"MultiDevice", ""}));
 }
 
 TEST_F(EnvironmentStart, RestoresTheFilesThatTheProvidersWillLoad) {
@@ -329,7 +333,7 @@ TEST_F(EnvironmentStart, LeavesGoodFilesAlone) {
   mDirectories.putWritable("Configuration.xml", "<Configuration>mine</Configuration>");
   mDirectories.putWritable("Applications.xml", "<Applications>mine</Applications>");
   mController.initialize();
-  EXPECT_EQ(mController.getNumComponents(), 3U);
+  EXPECT_EQ(mController.getNumComponents(), 4U);
   EXPECT_THAT(FakeShell::Lines(), IsEmpty());
 }
 
@@ -384,6 +388,9 @@ INSTANTIATE_TEST_SUITE_P(
                                    "EnvironmentController::createEnvironment: failed to create "
                                    "GenericDataProvider for /Zelv/Applications"},
                       MakerFailure{3,
+                                   "EnvironmentController::createEnvironment: failed to create "
+                                   "MultiAccount."},
+                      MakerFailure{4,
                                    "EnvironmentController::createEnvironment: failed to create "
                                    "MultiDevice."}));
 

@@ -36,7 +36,7 @@ class RemoteDeviceQueuesTest : public ::testing::Test {
   /// Of a service that nobody has.
   static URL nowhere(int aPort) { return URL("tcp", "127.0.0.1", std::to_string(aPort), ""); }
 
-  Zelv::Testing::OwnNetwork network;
+  Zelv::Platform::Fake::OwnNetwork network;
   LogCapture log;
   std::unique_ptr<RemoteDeviceQueues> queues = std::make_unique<RemoteDeviceQueues>();
 };

@@ -24,7 +24,7 @@ using ::testing::ElementsAre;
 using Testing::FakeCoreData;
 using Testing::HeardInput;
 using Testing::RecordingUserCallback;
-using Zelv::Testing::OwnNetwork;
+using Zelv::Platform::Fake::OwnNetwork;
 using Zelv::Testing::Peer;
 
 constexpr std::uint16_t cPort = 4449;

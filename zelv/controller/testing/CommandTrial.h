@@ -225,7 +225,7 @@ class CommandTrial : public testing::Test {
     mController->unregisterCommandHandler(handle);
   }
 
-  Zelv::Testing::OwnNetwork mNetwork;
+  Platform::Fake::OwnNetwork mNetwork;
   CommandTree mTree;
   CommandTimer mTimer;
   CommandCallback mCallback;

@@ -72,7 +72,7 @@ class RemoteDataTest : public ::testing::Test {
     EXPECT_EQ(next(), onData(cOther, "!"));
   }
 
-  Zelv::Testing::OwnNetwork network;
+  Zelv::Platform::Fake::OwnNetwork network;
   Platform::Fake::LogCapture log;
   PCSemaphore inside;
   PCSemaphore leave;
