@@ -28,6 +28,8 @@ class ZELV_EXPORT ZELV_THREAD_ANNOTATION(capability("mutex")) PCMutex {
   bool IsOwned() const;
 
  private:
+  void takeSemaphore();
+
   PCSemaphore mSemaphore;
   std::atomic<unsigned long> mOwner{0};
   /// Touched by the owner alone.

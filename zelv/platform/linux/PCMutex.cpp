@@ -3,8 +3,18 @@
 #include <pthread.h>
 
 #include "zelv/platform/PCRealDebug.h"
+#include "zelv/platform/linux/LockOrder.h"
 
 namespace {
+
+using Zelv::Platform::LockOrder;
+
+#ifdef ZELV_LOCK_ORDER
+constexpr bool cOrderIsWatched = true;
+#else
+constexpr bool cOrderIsWatched = false;
+#endif
+
 // The system's own handle: no call into the kernel, never 0, and not reused while its thread lives.
 unsigned long self() {
   return ::pthread_self();
@@ -16,6 +26,9 @@ PCMutex::PCMutex() {
 }
 
 PCMutex::~PCMutex() {
+  if constexpr (cOrderIsWatched) {
+    LockOrder::Gone(this);
+  }
   mSemaphore.Destroy();
 }
 
@@ -23,10 +36,20 @@ PCMutex::~PCMutex() {
 // holds the lock, whatever the order of memory; what the lock guards is ordered by the semaphore.
 void PCMutex::Lock() {
   if (!IsOwned()) {
-    mSemaphore.Take();
+    takeSemaphore();
     mOwner.store(self(), std::memory_order_relaxed);
   }
   ++mDepth;
+}
+
+void PCMutex::takeSemaphore() {
+  if constexpr (cOrderIsWatched) {
+    LockOrder::Taking(this);
+    mSemaphore.Take();
+    LockOrder::Taken(this);
+  } else {
+    mSemaphore.Take();
+  }
 }
 
 void PCMutex::Unlock() {
@@ -35,6 +58,9 @@ void PCMutex::Unlock() {
     return;
   }
   if (--mDepth == 0) {
+    if constexpr (cOrderIsWatched) {
+      LockOrder::Released(this);
+    }
     mOwner.store(0, std::memory_order_relaxed);
     mSemaphore.Give();
   }
