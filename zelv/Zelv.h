@@ -3,7 +3,9 @@
 // Everything that an application sees of the library.
 
 #include "zelv/interfaces/CommandArgs.h"
+#include "zelv/interfaces/CommandReturn.h"
 #include "zelv/interfaces/ContextInformation.h"
+#include "zelv/interfaces/Diagnostics.h"
 #include "zelv/interfaces/Event.h"
 #include "zelv/interfaces/GUID.h"
 #include "zelv/interfaces/IAppCommand.h"

@@ -144,6 +144,10 @@ void Core::raiseEvent(Event*) {
                      "Quorl and removed, do nothing");
 }
 
+void Core::sendReturn(std::string const& aValue, CommandArgs const& aArgs) {
+  mCommandController.sendReturn(aValue, aArgs);
+}
+
 GUID Core::setData(std::string const& aXPath, std::string const& aValue,
                    IBaseDataCallback* aCallback, bool aNotifyRemoteSubscribers) {
   return mDataController.setData(aXPath, aValue, aCallback, aNotifyRemoteSubscribers);

@@ -9,6 +9,7 @@
 #include "zelv/controller/LifetimeController.h"
 #include "zelv/controller/TimerController.h"
 #include "zelv/controller/UserController.h"
+#include "zelv/interfaces/CommandArgs.h"
 #include "zelv/interfaces/Event.h"
 #include "zelv/interfaces/IAppCommand.h"
 #include "zelv/interfaces/IAppData.h"
@@ -31,6 +32,8 @@ namespace Zelv {
 namespace Adapter {
 class NetworkAdapter;
 }
+
+class CoreDiagnosis;
 
 /// The one object behind all interfaces. It owns the controllers and passes each call on,
 /// unchanged, to the one that it concerns.
@@ -90,6 +93,9 @@ class ZELV_EXPORT Core : public virtual ICoreData,
   /// Does nothing but log.
   void raiseEvent(Event* aEvent);
 
+  /// What CommandReturn does for applications.
+  void sendReturn(std::string const& aValue, CommandArgs const& aArgs);
+
   GUID setData(std::string const& aXPath, std::string const& aValue, IBaseDataCallback* aCallback,
                bool aNotifyRemoteSubscribers) override;
   GUID addData(std::string const& aXPath, std::string const& aValue, IBaseDataCallback* aCallback,
@@ -143,6 +149,9 @@ class ZELV_EXPORT Core : public virtual ICoreData,
   void onStatus(StatusInformation const& aStatus, GUID const& aTransactionID) override;
 
  private:
+  /// Looks at all of the parts.
+  friend class CoreDiagnosis;
+
   Core();
 
   void endNetwork();
