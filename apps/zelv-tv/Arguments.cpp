@@ -8,6 +8,18 @@
 
 namespace ZelvTv {
 
+namespace {
+
+std::string unescaped(std::string_view aText) {
+  auto text = ValueText::FromLine(aText);
+  if (!text) {
+    throw Arguments::Misuse(R"(a backslash in a value begins \n, \\ or \xHH)");
+  }
+  return *std::move(text);
+}
+
+}  // namespace
+
 void Arguments::skipBlanks() {
   mRest.remove_prefix(std::min(mRest.find_first_not_of(' '), mRest.size()));
 }
@@ -48,6 +60,20 @@ std::string Arguments::Path() {
   return take(end);
 }
 
+std::string Arguments::Device() {
+  skipBlanks();
+  char const quote = mRest.empty() ? '\0' : mRest.front();
+  if (quote == '\'' || quote == '"') {
+    auto const end = mRest.find(quote, 1);
+    if (end == std::string_view::npos) {
+      throw Misuse("a quote is not closed");
+    }
+    std::string const quoted = take(end + 1);
+    return unescaped(std::string_view(quoted).substr(1, end - 1));
+  }
+  return unescaped(Word());
+}
+
 unsigned Arguments::Milliseconds() {
   std::string const word = Word();
   unsigned value = 0;
@@ -62,12 +88,9 @@ std::string Arguments::Value() {
   if (mRest.empty()) {
     throw Misuse("a value is missing");
   }
-  auto value = ValueText::FromLine(mRest.substr(1));
-  if (!value) {
-    throw Misuse(R"(a backslash in a value begins \n, \\ or \xHH)");
-  }
+  std::string value = unescaped(mRest.substr(1));
   mRest = {};
-  return *std::move(value);
+  return value;
 }
 
 void Arguments::End() {

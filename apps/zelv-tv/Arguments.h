@@ -23,6 +23,10 @@ class Arguments {
   /// As Word(), but blanks within brackets and within quotes belong to the path.
   std::string Path();
 
+  /// A word that stands for a device. A name with blanks stands within quotes, or has each of them
+  /// as "\x20", as the lines of events do.
+  std::string Device();
+
   /// A whole number of milliseconds. Throws Misuse for anything else.
   unsigned Milliseconds();
 

@@ -50,6 +50,23 @@ TEST(Arguments, TellsAnEmptyValueFromAMissingOne) {
   EXPECT_THROW(missing.Value(), Arguments::Misuse);
 }
 
+TEST(Arguments, TakesADeviceWithBlanksInQuotesOrEscaped) {
+  Arguments arguments(R"(plain 'Tom''s' "Living room" Living\x20room '' <a> )");
+  EXPECT_EQ(arguments.Device(), "plain");
+  EXPECT_EQ(arguments.Device(), "Tom");
+  EXPECT_EQ(arguments.Device(), "s");
+  EXPECT_EQ(arguments.Device(), "Living room");
+  EXPECT_EQ(arguments.Device(), "Living room");
+  EXPECT_EQ(arguments.Device(), "");
+  EXPECT_EQ(arguments.Value(), "<a> ");
+}
+
+TEST(Arguments, RefusesADeviceThatIsMissingOrOpen) {
+  EXPECT_THROW(Arguments("").Device(), Arguments::Misuse);
+  EXPECT_THROW(Arguments("'Living room").Device(), Arguments::Misuse);
+  EXPECT_THROW(Arguments("\\q").Device(), Arguments::Misuse);
+}
+
 TEST(Arguments, RefusesAValueWithAStrayBackslash) {
   Arguments arguments(" a\\b");
   EXPECT_THROW(arguments.Value(), Arguments::Misuse);

@@ -24,7 +24,7 @@ std::string addressOf(std::string const& aUrls) {
   }
 }
 
-std::string lineOf(char const* aWord, char const* aType, std::string const& aId,
+std::string lineOf(char const* aWord, std::string const& aType, std::string const& aId,
                    std::string const& aAddress, std::string const& aName) {
   return std::string(aWord) + " " + aType + " " + ValueText::ToField(aId) + " " +
          ValueText::ToField(aAddress) + " " + ValueText::ToLine(aName);
@@ -38,15 +38,23 @@ void DeviceWatch::Begin() {
   }
 }
 
-std::vector<std::string> DeviceWatch::List() const {
+std::vector<DeviceWatch::Entry> DeviceWatch::Entries() const {
   std::lock_guard const lock(mMutex);
-  std::vector<std::string> lines;
+  std::vector<Entry> entries;
   for (Kind const& kind : mKinds) {
     for (auto const& [id, device] : kind.devices) {
       if (device.told) {
-        lines.push_back(lineOf("device", kind.type, id, device.address, device.name));
+        entries.push_back({kind.type, id, device.address, device.name});
       }
     }
+  }
+  return entries;
+}
+
+std::vector<std::string> DeviceWatch::List() const {
+  std::vector<std::string> lines;
+  for (Entry const& entry : Entries()) {
+    lines.push_back(lineOf("device", entry.type, entry.id, entry.address, entry.name));
   }
   return lines;
 }

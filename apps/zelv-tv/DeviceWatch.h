@@ -19,13 +19,28 @@ namespace ZelvTv {
 /// to look at. What counts is a read, since reads are answered in their order.
 class DeviceWatch : public virtual Zelv::IBaseDataCallback {
  public:
+  /// What a device's list is called.
+  static constexpr char const* kTelevision = "TV";
+  static constexpr char const* kMobile = "MOBILE";
+
+  /// A device that has arrived.
+  struct Entry {
+    std::string type;
+    std::string id;
+    std::string address;
+    std::string name;
+  };
+
   /// Both arguments outlive the object.
   DeviceWatch(EventQueue& aEvents, Zelv::IAppData& aTree) : mEvents(aEvents), mTree(aTree) {}
 
   /// Begins to watch; to be called once.
   void Begin();
 
-  /// One line a device that has arrived, "device TYPE ID ADDRESS NAME", televisions first, by ID.
+  /// All that have arrived: televisions first, by ID.
+  std::vector<Entry> Entries() const;
+
+  /// The same as lines: "device TYPE ID ADDRESS NAME".
   std::vector<std::string> List() const;
 
   void onData(std::string const& aXPath, std::string const& aValue,
@@ -68,8 +83,8 @@ class DeviceWatch : public virtual Zelv::IBaseDataCallback {
   EventQueue& mEvents;
   Zelv::IAppData& mTree;
   mutable std::mutex mMutex;
-  std::array<Kind, 2> mKinds{{{"TV", "/Zelv/Devices/RemoteTV", {}, false, false},
-                              {"MOBILE", "/Zelv/Devices/Mobile", {}, false, false}}};
+  std::array<Kind, 2> mKinds{{{kTelevision, "/Zelv/Devices/RemoteTV", {}, false, false},
+                              {kMobile, "/Zelv/Devices/Mobile", {}, false, false}}};
   std::map<Zelv::GUID, Reading> mReadings;
 };
 

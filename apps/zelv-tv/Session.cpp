@@ -13,8 +13,8 @@ std::string error(std::string const& aText) {
   return "error " + ValueText::ToLine(aText);
 }
 
-std::string queued(Zelv::GUID const& aId, std::string const& aPath) {
-  return "queued " + aId.toString() + " " + ValueText::ToLine(aPath);
+std::string queued(Zelv::GUID const& aId, std::string const& aWhat) {
+  return "queued " + aId.toString() + " " + ValueText::ToLine(aWhat);
 }
 
 }  // namespace
@@ -31,6 +31,9 @@ std::vector<Session::Command> const& Session::commands() {
       {"unsub", "ID", "end a subscription", &Session::unsubscribe},
       {"devices", "", "the other devices of the home; behind them how many there are",
        &Session::devices},
+      {"command", "DEVICE XML",
+       "have a mobile device, or this set (-), carry out a command: \"returned ID VALUE\"",
+       &Session::command},
       {"timer", "MS NAME", "go off once, in so many milliseconds: \"fired ID NAME\"",
        &Session::timer},
       {"help", "", "this list; in values \\n is a line feed, \\\\ a backslash, \\xHH any byte",
@@ -67,23 +70,25 @@ std::vector<std::string> Session::Execute(std::string_view aLine) {
 Session::Lines Session::get(Arguments& aArguments) {
   std::string const path = aArguments.Path();
   aArguments.End();
-  return {queued(mTree.requestData(path, nullptr, &mListener), path)};
+  return {queued(mParts.questions.Ask(
+                     [&] { return mParts.tree.requestData(path, nullptr, &mParts.listener); }),
+                 path)};
 }
 
 Session::Lines Session::set(Arguments& aArguments) {
   std::string const path = aArguments.Path();
-  return {queued(mTree.setData(path, aArguments.Value(), &mListener, true), path)};
+  return {queued(mParts.tree.setData(path, aArguments.Value(), &mParts.listener, true), path)};
 }
 
 Session::Lines Session::add(Arguments& aArguments) {
   std::string const path = aArguments.Path();
-  return {queued(mTree.addData(path, aArguments.Value(), &mListener, true), path)};
+  return {queued(mParts.tree.addData(path, aArguments.Value(), &mParts.listener, true), path)};
 }
 
 Session::Lines Session::subscribe(Arguments& aArguments) {
   std::string const path = aArguments.Path();
   aArguments.End();
-  Zelv::GUID const id = mTree.subscribeData(path, nullptr, &mListener);
+  Zelv::GUID const id = mParts.tree.subscribeData(path, nullptr, &mParts.listener);
   mSubscriptions.emplace(id.toString(), id);
   return {"subscribed " + id.toString() + " " + ValueText::ToLine(path)};
 }
@@ -95,23 +100,30 @@ Session::Lines Session::unsubscribe(Arguments& aArguments) {
   if (entry == mSubscriptions.end()) {
     return {error("no subscription " + id)};
   }
-  mTree.unsubscribeData(entry->second);
+  mParts.tree.unsubscribeData(entry->second);
   mSubscriptions.erase(entry);
   return {"unsubscribed " + id};
 }
 
 Session::Lines Session::devices(Arguments& aArguments) {
   aArguments.End();
-  Lines lines = mDevices.List();
+  Lines lines = mParts.devices.List();
   std::string const count = std::to_string(lines.size());
   lines.push_back("devices " + count);
   return lines;
 }
 
+Session::Lines Session::command(Arguments& aArguments) {
+  std::string const device = aArguments.Device();
+  std::string const command = aArguments.Value();
+  std::string const id = mParts.finder.ForCommand(device);
+  return {queued(mParts.commands.Send(command, id), id)};
+}
+
 Session::Lines Session::timer(Arguments& aArguments) {
   unsigned const milliseconds = aArguments.Milliseconds();
   std::string const name = aArguments.Value();
-  Zelv::GUID const id = mTimers.createTimer(milliseconds, 1, name, &mListener);
+  Zelv::GUID const id = mParts.timers.createTimer(milliseconds, 1, name, &mParts.listener);
   return {"timer " + id.toString() + " " + ValueText::ToLine(name)};
 }
 
@@ -120,7 +132,7 @@ Session::Lines Session::help(Arguments& aArguments) {
   Lines lines;
   for (Command const& command : commands()) {
     std::string usage = std::string("help ") + command.name + " " + command.arguments;
-    usage.resize(std::max<std::size_t>(usage.size(), 22), ' ');
+    usage.resize(std::max<std::size_t>(usage.size() + 1, 25), ' ');
     lines.push_back(usage + command.purpose);
   }
   return lines;

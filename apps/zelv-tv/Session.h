@@ -6,7 +6,10 @@
 #include <vector>
 
 #include "apps/zelv-tv/Arguments.h"
+#include "apps/zelv-tv/DeviceFinder.h"
 #include "apps/zelv-tv/DeviceWatch.h"
+#include "apps/zelv-tv/OpenQuestions.h"
+#include "apps/zelv-tv/SentCommands.h"
 #include "apps/zelv-tv/TreeListener.h"
 #include "zelv/Zelv.h"
 
@@ -15,10 +18,18 @@ namespace ZelvTv {
 /// Carries out the commands from standard input.
 class Session {
  public:
-  /// All arguments MUST live until the library has stopped.
-  Session(Zelv::IAppData& aTree, Zelv::IAppTimer& aTimers, TreeListener& aListener,
-          DeviceWatch const& aDevices)
-      : mTree(aTree), mTimers(aTimers), mListener(aListener), mDevices(aDevices) {}
+  /// What the commands work on; all of it outlives the session.
+  struct Parts {
+    Zelv::IAppData& tree;
+    Zelv::IAppTimer& timers;
+    TreeListener& listener;
+    OpenQuestions& questions;
+    DeviceWatch const& devices;
+    DeviceFinder const& finder;
+    SentCommands& commands;
+  };
+
+  explicit Session(Parts const& aParts) : mParts(aParts) {}
 
   /// Carries out one line and gives the lines to print for it at once; answers of the tree come
   /// later, as events.
@@ -45,14 +56,12 @@ class Session {
   Lines subscribe(Arguments& aArguments);
   Lines unsubscribe(Arguments& aArguments);
   Lines devices(Arguments& aArguments);
+  Lines command(Arguments& aArguments);
   Lines timer(Arguments& aArguments);
   Lines help(Arguments& aArguments);
   Lines quit(Arguments& aArguments);
 
-  Zelv::IAppData& mTree;
-  Zelv::IAppTimer& mTimers;
-  TreeListener& mListener;
-  DeviceWatch const& mDevices;
+  Parts const mParts;
   /// The tree is silent about an identifier that it does not know; so typing errors are found here.
   std::map<std::string, Zelv::GUID> mSubscriptions;
   bool mEnded = false;

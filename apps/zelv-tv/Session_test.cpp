@@ -5,6 +5,7 @@
 
 #include <optional>
 
+#include "apps/zelv-tv/testing/CommandsMock.h"
 #include "apps/zelv-tv/testing/TreeMock.h"
 
 namespace ZelvTv {
@@ -31,16 +32,55 @@ class SessionTest : public testing::Test {
   GUID const mId{mIdText};
   testing::StrictMock<TreeMock> mTree;
   testing::StrictMock<TimersMock> mTimers;
+  testing::NiceMock<CommandsMock> mCommands;
   EventQueue mEvents;
-  TreeListener mListener{mEvents, mTimers};
+  OpenQuestions mQuestions{mEvents};
+  TreeListener mListener{mEvents, mQuestions, mTimers};
   DeviceWatch mDevices{mEvents, mTree};
-  Session mSession{mTree, mTimers, mListener, mDevices};
+  Self mSelf;
+  DeviceFinder mFinder{mSelf, mDevices};
+  SentCommands mSent{mEvents, mQuestions, mCommands};
+  Session mSession{{mTree, mTimers, mListener, mQuestions, mDevices, mFinder, mSent}};
 };
 
 TEST_F(SessionTest, ReadsThroughTheTree) {
   EXPECT_CALL(mTree, requestData("/Zelv/a[b='c d']", nullptr, &mListener)).WillOnce(Return(mId));
   EXPECT_THAT(mSession.Execute("get /Zelv/a[b='c d']"),
               ElementsAre("queued " + mIdText + " /Zelv/a[b='c d']"));
+}
+
+TEST_F(SessionTest, WaitsForTheAnswerOfAReadAndForNoOther) {
+  EXPECT_CALL(mTree, requestData).WillRepeatedly(Return(mId));
+  mSession.Execute("get /Zelv[@DeviceId='b']/a");
+  mListener.onData("/Zelv/other", "", nullptr, GUID::createGUID());
+  EXPECT_FALSE(mQuestions.AreAnswered());
+  mListener.onData("/Zelv[@DeviceId='b']/a", "", nullptr, mId);
+  EXPECT_TRUE(mQuestions.AreAnswered());
+  mSession.Execute("get /Zelv/a");
+  mListener.onStatus(Zelv::StatusInformation(std::string()), mId);
+  EXPECT_TRUE(mQuestions.AreAnswered());
+}
+
+TEST_F(SessionTest, SendsACommandToItself) {
+  mSelf.onData("/Zelv/Devices/LocalTV/@ID", "self-id", nullptr, GUID::nullGUID);
+  EXPECT_CALL(mCommands, executeCommand("<A>b c</A>", "self-id", testing::NotNull()))
+      .WillOnce(Return(mId));
+  EXPECT_THAT(mSession.Execute("command - <A>b c</A>"),
+              ElementsAre("queued " + mIdText + " self-id"));
+}
+
+TEST_F(SessionTest, SendsNoCommandWithoutADeviceOrAText) {
+  EXPECT_CALL(mCommands, executeCommand).Times(0);
+  EXPECT_THAT(mSession.Execute("command tom <A></A>"), ElementsAre("error no device 'tom'"));
+  EXPECT_THAT(mSession.Execute("command -"),
+              ElementsAre("error a value is missing; usage: command DEVICE XML"));
+}
+
+TEST_F(SessionTest, TellsWhatTheLibraryRefusesOfACommand) {
+  EXPECT_CALL(mCommands, executeCommand)
+      .WillOnce(Throw(std::invalid_argument("aCommand parameter is empty!")));
+  EXPECT_THAT(mSession.Execute("command - "), ElementsAre("error aCommand parameter is empty!"));
+  EXPECT_TRUE(mQuestions.AreAnswered());
 }
 
 TEST_F(SessionTest, WritesTheValueWithItsLineFeeds) {
@@ -103,8 +143,8 @@ TEST_F(SessionTest, HelpNamesEveryCommand) {
               ElementsAre(StartsWith("help get PATH "), StartsWith("help set PATH VALUE "),
                           StartsWith("help add PATH VALUE "), StartsWith("help sub PATH "),
                           StartsWith("help unsub ID "), StartsWith("help devices "),
-                          StartsWith("help timer MS NAME "), StartsWith("help help "),
-                          StartsWith("help quit ")));
+                          StartsWith("help command DEVICE XML "), StartsWith("help timer MS NAME "),
+                          StartsWith("help help "), StartsWith("help quit ")));
 }
 
 TEST_F(SessionTest, CountsTheDevicesOfAnEmptyHome) {

@@ -13,7 +13,7 @@ char const* const kAnyPath = "/Zelv/Configuration/ZelvDiscovery/text()";
 void Settling::Begin() {
   mWrites.Request(mTree, kAnyPath, [this](std::string const* /*aValue*/) {
     mReadsAgain.Request(mTree, kAnyPath, [this](std::string const* /*aValue*/) {
-      mSettled = true;
+      mTreeSettled = true;
       mEvents.Wake();
     });
   });

@@ -9,6 +9,7 @@ void TreeListener::onData(std::string const& aXPath, std::string const& aValue,
                           Zelv::GUID const& aTransactionID) {
   mEvents.Post("data " + aTransactionID.toString() + " " + ValueText::ToLine(aXPath) + " " +
                ValueText::ToLine(aValue));
+  mQuestions.Answered(aTransactionID);
 }
 
 void TreeListener::onStatus(Zelv::StatusInformation const& aStatus,
@@ -16,6 +17,7 @@ void TreeListener::onStatus(Zelv::StatusInformation const& aStatus,
   std::string const& text = aStatus.getStatusText();
   mEvents.Post("failed " + aTransactionID.toString() +
                (text.empty() ? "" : " " + ValueText::ToLine(text)));
+  mQuestions.Answered(aTransactionID);
 }
 
 void TreeListener::onTimer(std::string const& aTimerName, Zelv::GUID aTimerID) {

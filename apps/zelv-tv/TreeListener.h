@@ -3,6 +3,7 @@
 #include <string>
 
 #include "apps/zelv-tv/EventQueue.h"
+#include "apps/zelv-tv/OpenQuestions.h"
 #include "zelv/Zelv.h"
 
 namespace ZelvTv {
@@ -11,9 +12,10 @@ namespace ZelvTv {
 class TreeListener : public virtual Zelv::IBaseDataCallback,
                      public virtual Zelv::IBaseTimerCallback {
  public:
-  /// @param aTimers  destroys each timer once it has gone off.
-  TreeListener(EventQueue& aEvents, Zelv::IAppTimer& aTimers)
-      : mEvents(aEvents), mTimers(aTimers) {}
+  /// @param aQuestions  is told of each answer.
+  /// @param aTimers     destroys each timer once it has gone off.
+  TreeListener(EventQueue& aEvents, OpenQuestions& aQuestions, Zelv::IAppTimer& aTimers)
+      : mEvents(aEvents), mQuestions(aQuestions), mTimers(aTimers) {}
 
   /// "data ID PATH VALUE"
   void onData(std::string const& aXPath, std::string const& aValue,
@@ -27,6 +29,7 @@ class TreeListener : public virtual Zelv::IBaseDataCallback,
 
  private:
   EventQueue& mEvents;
+  OpenQuestions& mQuestions;
   Zelv::IAppTimer& mTimers;
 };
 

@@ -7,22 +7,32 @@
 
 #include "apps/StopSignal.h"
 #include "apps/zelv-tv/Console.h"
+#include "apps/zelv-tv/DeviceFinder.h"
 #include "apps/zelv-tv/DeviceWatch.h"
 #include "apps/zelv-tv/EventQueue.h"
+#include "apps/zelv-tv/InputListener.h"
 #include "apps/zelv-tv/Library.h"
 #include "apps/zelv-tv/LocalName.h"
+#include "apps/zelv-tv/OpenQuestions.h"
 #include "apps/zelv-tv/Options.h"
 #include "apps/zelv-tv/Readiness.h"
+#include "apps/zelv-tv/SampleCommands.h"
+#include "apps/zelv-tv/Self.h"
+#include "apps/zelv-tv/SentCommands.h"
 #include "apps/zelv-tv/Session.h"
 #include "apps/zelv-tv/Settling.h"
 #include "apps/zelv-tv/TreeListener.h"
 #include "zelv/Zelv.h"
 #include "zelv/platform/Directories.h"
 #include "zelv/platform/PCRealDebug.h"
+#include "zelv/platform/TCTv.h"
 
 namespace {
 
 using Zelv::Platform::Directories;
+
+/// The model that others see.
+char const* const kProductCode = "zelv-tv";
 
 void applyOptions(ZelvTv::Options const& aOptions) {
   if (aOptions.logLevel) {
@@ -30,12 +40,44 @@ void applyOptions(ZelvTv::Options const& aOptions) {
   } else {
     PCRealDebug::Silence();
   }
+  g_AppTV.SetProductCode(kProductCode);
   Directories::Set(aOptions.factory.empty() ? Directories::ReadOnly() : aOptions.factory,
                    aOptions.writable.empty() ? Directories::Writable() : aOptions.writable);
   if (!aOptions.name.empty()) {
     ZelvTv::LocalName::Write(aOptions.name);
   }
 }
+
+/// What the library calls back into. It asks and subscribes as soon as it is there.
+struct Receivers {
+  Receivers(ZelvTv::EventQueue& aEvents, ZelvTv::Library const& aLibrary)
+      : tree(aLibrary.Get<Zelv::IAppData>(Zelv::IID_IAppData)),
+        timers(aLibrary.Get<Zelv::IAppTimer>(Zelv::IID_IAppTimer)),
+        questions(aEvents),
+        listener(aEvents, questions, timers),
+        settling(aEvents, questions, tree),
+        readiness(aEvents, tree),
+        devices(aEvents, tree),
+        input(aEvents),
+        samples(aEvents) {
+    // Behind the reads of readiness, so that "ready" is the first line.
+    self.Begin(tree);
+    devices.Begin();
+    input.Begin(aLibrary.Get<Zelv::IAppUser>(Zelv::IID_IAppUser));
+    samples.Register(aLibrary.Get<Zelv::IAppCommand>(Zelv::IID_IAppCommand));
+  }
+
+  Zelv::IAppData& tree;
+  Zelv::IAppTimer& timers;
+  ZelvTv::OpenQuestions questions;
+  ZelvTv::TreeListener listener;
+  ZelvTv::Settling settling;
+  ZelvTv::Readiness readiness;
+  ZelvTv::DeviceWatch devices;
+  ZelvTv::Self self;
+  ZelvTv::InputListener input;
+  ZelvTv::SampleCommands samples;
+};
 
 int run(ZelvTv::Options const& aOptions) {
   ZelvApps::StopSignal const stop;
@@ -44,10 +86,7 @@ int run(ZelvTv::Options const& aOptions) {
 
   // What the library calls back into goes after it has stopped.
   ZelvTv::EventQueue events;
-  std::optional<ZelvTv::TreeListener> listener;
-  std::optional<ZelvTv::Readiness> readiness;
-  std::optional<ZelvTv::Settling> settling;
-  std::optional<ZelvTv::DeviceWatch> devices;
+  std::optional<Receivers> receivers;
 
   ZelvTv::Library const library;
   if (!library.IsUp()) {
@@ -59,16 +98,13 @@ int run(ZelvTv::Options const& aOptions) {
     std::cerr << "zelv-tv: cannot work in " << Directories::Writable() << '\n';
     return 1;
   }
-  auto& tree = library.Get<Zelv::IAppData>(Zelv::IID_IAppData);
-  auto& timers = library.Get<Zelv::IAppTimer>(Zelv::IID_IAppTimer);
-  listener.emplace(events, timers);
-  settling.emplace(events, tree);
-  readiness.emplace(events, tree);
-  // Behind the reads of readiness, so that "ready" is the first line.
-  devices.emplace(events, tree);
-  devices->Begin();
-  ZelvTv::Session session(tree, timers, *listener, *devices);
-  return ZelvTv::Console(events, stop, session, *readiness, *settling).Run();
+  receivers.emplace(events, library);
+  ZelvTv::SentCommands commands(events, receivers->questions,
+                                library.Get<Zelv::IAppCommand>(Zelv::IID_IAppCommand));
+  ZelvTv::DeviceFinder const finder(receivers->self, receivers->devices);
+  ZelvTv::Session session({receivers->tree, receivers->timers, receivers->listener,
+                           receivers->questions, receivers->devices, finder, commands});
+  return ZelvTv::Console(events, stop, session, receivers->readiness, receivers->settling).Run();
 }
 
 }  // namespace
