@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,13 +13,12 @@ class StatisticsPrinter {
  public:
   using Lines = std::vector<std::string>;
 
-  /// One line a subscription: "rule ID RULE SUBSCRIBER PATH", and behind it "why ID REASON"; at the
-  /// end "explained N PATH".
+  /// "explain ID RULE SUBSCRIBER PATH REASON" for each subscription, then "explained N PATH".
   static Lines Explain(std::vector<Zelv::Diagnostics::Explanation> const& aExplanations,
                        std::string const& aPath);
 
-  /// Nothing but an error when no system runs; otherwise "stats N" at the end, with the number of
-  /// lines before it.
+  /// A line for each thing there is to tell, then "stats N", the number of lines before it. An
+  /// error when no system runs.
   static Lines Statistics(std::optional<Zelv::Diagnostics::Statistics> const& aStatistics);
 };
 

@@ -3,6 +3,7 @@
 #include <exception>
 #include <new>
 #include <stdexcept>
+#include <typeinfo>
 #include <utility>
 
 #include "zelv/adapter/NetworkAdapter.h"
@@ -10,6 +11,7 @@
 #include "zelv/controller/CommandEnvelope.h"
 #include "zelv/controller/ExecuteCommandTask.h"
 #include "zelv/controller/ProcessCommandReturnTask.h"
+#include "zelv/controller/TimedCall.h"
 #include "zelv/infrastructure/HierarchicalDB.h"
 #include "zelv/infrastructure/MultiString.h"
 #include "zelv/infrastructure/XPathGate.h"
@@ -34,6 +36,9 @@ char const cPort[] = "4448";
 
 /// No one sets an interval, so whatever was not seen this very second has expired.
 constexpr std::int64_t cExpiryInterval = 0;
+
+/// Callers are told apart by their class; what they are told may be long, and is their business.
+std::string const cNoSubject;
 
 ICoreData* findCoreData() {
   return dynamic_cast<ICoreData*>(InterfaceFactory::getInterface(IID_ICoreData));
@@ -691,7 +696,11 @@ bool CommandController::dispatchCommand(std::string const& aCommand, CommandArgs
         name.c_str());
     return false;
   }
-  std::string const value = handler->onCommand(aCommand, aArgs);
+  std::string value;
+  {
+    TimedCall const timed(mLongestCallback, "onCommand", typeid(*handler), name);
+    value = handler->onCommand(aCommand, aArgs);
+  }
   TCAutoLock lock(mLock);
   mReturnValue = value;
   return true;
@@ -725,6 +734,7 @@ bool CommandController::tellCaller(GUID const& aKey, std::string const& aValue,
     callback = entry->second;
     call.begin(callback);
   }
+  TimedCall const timed(mLongestCallback, "onReturn", typeid(*callback), cNoSubject);
   callback->onReturn(aValue, aCommandId);
   return true;
 }
@@ -771,6 +781,7 @@ void CommandController::cleanExpiredMessages() {
 CommandController::Statistics CommandController::getStatistics() const {
   Statistics statistics;
   statistics.mQueues = mQueues.states();
+  statistics.mLongestCallback = mLongestCallback.get();
   TCAutoLock lock(mLock);
   statistics.mTasks = mTasks.size();
   statistics.mCallbacks = mCallbacks.size();

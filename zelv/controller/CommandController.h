@@ -15,6 +15,7 @@
 #include "zelv/controller/CommandHandlerRegistration.h"
 #include "zelv/controller/CommandQueues.h"
 #include "zelv/controller/CommandTasks.h"
+#include "zelv/controller/LongestCall.h"
 #include "zelv/controller/PendingCommands.h"
 #include "zelv/controller/SeenMessages.h"
 #include "zelv/infrastructure/URL.h"
@@ -67,6 +68,7 @@ class CommandController : public virtual IAppCommand,
     std::size_t mPendingCommands = 0;
     std::size_t mSeenMessages = 0;
     std::list<CommandQueues::State> mQueues;
+    LongestCall::Record mLongestCallback;
   };
 
   /// In the system of InterfaceFactory.
@@ -228,6 +230,7 @@ class CommandController : public virtual IAppCommand,
   PendingCommands mPending ZELV_GUARDED_BY(mLock);
   CallsUnderWay mCalls;
   Adapter::SendCancel mReturns;
+  LongestCall mLongestCallback;
 };
 
 }  // namespace Zelv::Controller

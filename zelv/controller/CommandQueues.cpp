@@ -92,7 +92,7 @@ std::list<CommandQueues::State> CommandQueues::states() const {
   std::list<State> states;
   TCAutoLock lock(mLock);
   for (auto const& [deviceId, queue] : mQueues) {
-    states.push_back({deviceId, queue->getCounters()});
+    states.push_back({deviceId, queue->getCounters(), queue->getServiceURL().toString()});
   }
   return states;
 }

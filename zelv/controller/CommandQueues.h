@@ -22,6 +22,7 @@ class CommandQueues {
   struct State {
     std::string mDeviceId;
     DeviceServiceQueue::Counters mCounters;
+    std::string mURL;
   };
 
   bool has(std::string const& aDeviceId) const;

@@ -5,6 +5,7 @@
 #include <deque>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "zelv/controller/DataControllerTask.h"
 #include "zelv/controller/DataSubscriptionManager.h"
@@ -94,6 +95,19 @@ class DataController : public virtual IAppData,
 
   /// @throws std::runtime_error "Invalid XPath." when the path holds a line feed.
   static void validateXPath(std::string const& aXPath);
+
+  /// What decides on a change of this path, for each subscription.
+  std::vector<DeliveryExplanation> explain(std::string const& aXPath) {
+    return mSubscriptionManager.explain(aXPath, mRemoteHandler.get());
+  }
+
+  /// @name For diagnostics
+  /// @{
+  DataSubscriptionManager& getSubscriptions() { return mSubscriptionManager; }
+  LocalDataController const& getLocalHandler() const { return *mLocalHandler; }
+  /// Null where there is no way to other devices.
+  RemoteDataHandler const* getRemoteHandler() const { return mRemoteHandler.get(); }
+  /// @}
 
  private:
   void queueFirstRequests();

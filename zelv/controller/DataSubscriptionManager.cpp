@@ -1,14 +1,20 @@
 #include "zelv/controller/DataSubscriptionManager.h"
 
+#include <algorithm>
 #include <exception>
 #include <stdexcept>
+#include <typeinfo>
 #include <utility>
 
+#include "zelv/controller/TimedCall.h"
+#include "zelv/controller/TimedDeliveries.h"
 #include "zelv/infrastructure/XPath.h"
 #include "zelv/interfaces/InterfaceFactory.h"
 #include "zelv/platform/PCRealDebug.h"
+#include "zelv/platform/PCTime.h"
 #include "zelv/platform/TCAutoLock.h"
 #include "zelv/platform/TraceScope.h"
+#include "zelv/platform/TypeName.h"
 
 namespace Zelv::Controller {
 
@@ -22,9 +28,16 @@ ICoreData* findInterface() {
 
 /// What a subscriber throws must neither end the thread that reports a change nor keep the next
 /// subscriber from hearing of it.
+///
+/// @param aLongest  null when the time is taken elsewhere.
 void tell(IBaseDataCallback& aSubscriber, std::string const& aXPath, std::string const& aValue,
-          ContextInformation const* aContext, GUID const& aId) {
+          ContextInformation const* aContext, GUID const& aId, LongestCall* aLongest) {
   try {
+    if (aLongest == nullptr) {
+      aSubscriber.onData(aXPath, aValue, aContext, aId);
+      return;
+    }
+    TimedCall const call(*aLongest, "onData", typeid(aSubscriber), aXPath);
     aSubscriber.onData(aXPath, aValue, aContext, aId);
   } catch (std::exception const& exception) {
     PCRealDebug::Print(PCRealDebug::Error,
@@ -37,14 +50,19 @@ void tell(IBaseDataCallback& aSubscriber, std::string const& aXPath, std::string
 }
 
 void tellOfChange(IBaseDataCallback* aSubscriber, std::string const& aXPath,
-                  std::string const& aValue, ContextInformation const* aContext, GUID const& aId) {
+                  std::string const& aValue, ContextInformation const* aContext, GUID const& aId,
+                  LongestCall* aLongest) {
   if (aSubscriber == nullptr) {
     PCRealDebug::Print(PCRealDebug::Warning,
                        "DataSubscriptionManager::notifySubscribers: Found NULL IBaseDataCallback "
                        "pointer!!!.");
     return;
   }
-  tell(*aSubscriber, aXPath, aValue, aContext, aId);
+  tell(*aSubscriber, aXPath, aValue, aContext, aId, aLongest);
+}
+
+bool isOfTheTree(std::string const& aXPath) {
+  return aXPath.starts_with("/Zelv");
 }
 
 eDelivery deliveryOf(SubscriptionEntry const& aEntry, ChangedPath const& aChange,
@@ -183,7 +201,7 @@ void DataSubscriptionManager::notifySubscriber(GUID const& aSubscriptionId,
     return;
   }
   tell(*subscription.getSubscriber(), subscription.getXPath(), aValue, subscription.getContext(),
-       subscription.getId());
+       subscription.getId(), &mLongestCallback);
 }
 
 /// An answered request stays, since its id may still be unsubscribed and the device may answer
@@ -203,7 +221,7 @@ void DataSubscriptionManager::notifySubscribers(std::string const& aXPath,
                                                 IBaseDataCallback* aExcluded) {
   TraceScope trace("DataSubscriptionManager::notifySubscribers");
   TCAutoLock lock(mMutex);
-  if (!aXPath.starts_with("/Zelv")) {
+  if (!isOfTheTree(aXPath)) {
     PCRealDebug::Print(PCRealDebug::Error,
                        "DataSubscriptionManager::notifySubscribers: Invalid XPath '%s', missing "
                        "'/Zelv' prefix.",
@@ -229,7 +247,7 @@ void DataSubscriptionManager::notifyFrom(Table::iterator aFirst, std::string con
       GUID const id = at->first;
       std::uint64_t const generation = mGeneration;
       tellOfChange(entry.subscription.getSubscriber(), aXPath, aValue,
-                   entry.subscription.getContext(), id);
+                   entry.subscription.getContext(), id, &mLongestCallback);
       at = generation == mGeneration ? std::next(at) : mTable.upper_bound(id);
       continue;
     }
@@ -249,6 +267,11 @@ void DataSubscriptionManager::notifyFrom(Table::iterator aFirst, std::string con
 void DataSubscriptionManager::notifyByPlan(std::string const& aXPath, std::string const& aValue,
                                            IBaseDataCallback* aExcluded) {
   std::shared_ptr<DeliveryPlan const> const plan = planOf(aXPath);
+  if (plan->steps.empty()) {
+    return;
+  }
+  TimedDeliveries const deliveries(mLongestCallback, plan->steps.size(), aXPath, mSuspicious);
+  LongestCall* const longest = deliveries.each();
   for (DeliveryPlan::Step const& step : plan->steps) {
     if (step.subscriber == aExcluded) {
       continue;
@@ -259,7 +282,7 @@ void DataSubscriptionManager::notifyByPlan(std::string const& aXPath, std::strin
       }
       continue;
     }
-    tellOfChange(step.subscriber, aXPath, aValue, step.context, step.id);
+    tellOfChange(step.subscriber, aXPath, aValue, step.context, step.id, longest);
     if (mGeneration != plan->generation) {
       notifyFrom(mTable.upper_bound(step.id), aXPath, aValue, aExcluded);
       return;
@@ -313,6 +336,45 @@ bool DataSubscriptionManager::reRead(SubscriptionEntry const& aEntry) {
     markAnswered(request->second);
   }
   return true;
+}
+
+std::vector<DeliveryExplanation> DataSubscriptionManager::explain(
+    std::string const& aXPath, IBaseDataCallback const* aWithheld) {
+  ChangedPath const change(aXPath);
+  bool const ofTheTree = isOfTheTree(aXPath);
+  std::vector<DeliveryExplanation> explanations;
+  TCAutoLock lock(mMutex);
+  explanations.reserve(mTable.size());
+  for (auto const& [id, entry] : mTable) {
+    IBaseDataCallback const* const subscriber = entry.subscription.getSubscriber();
+    explanations.push_back(
+        {id, entry.subscription.getXPath(),
+         subscriber == nullptr ? "" : Platform::TypeName::Of(typeid(*subscriber).name()),
+         ofTheTree ? deliveryOf(entry, change, nullptr) : eDelivery::SkipNoChange,
+         deliveryOf(entry, change, aWithheld) == eDelivery::SkipExcluded});
+  }
+  return explanations;
+}
+
+OneTimeRequests DataSubscriptionManager::getRequests(std::size_t aMost) {
+  OneTimeRequests requests;
+  std::int64_t const now = PCTime::CoarseMs();
+  TCAutoLock lock(mMutex);
+  std::vector<SubscriptionEntry const*> entries;
+  for (auto const& [id, entry] : mTable) {
+    if (entry.subscription.isOneTimeDelivery()) {
+      entries.push_back(&entry);
+    }
+  }
+  requests.count = entries.size();
+  auto const end = entries.begin() + static_cast<std::ptrdiff_t>(std::min(aMost, entries.size()));
+  std::partial_sort(entries.begin(), end, entries.end(),
+                    [](auto const* aOne, auto const* aOther) { return aOne->made < aOther->made; });
+  for (auto entry = entries.begin(); entry != end; ++entry) {
+    requests.oldest.push_back({(*entry)->subscription.getId(), (*entry)->subscription.getXPath(),
+                               now - (*entry)->made, (*entry)->answered.has_value()});
+  }
+  return requests;
 }
 
 void DataSubscriptionManager::onData(std::string const&, std::string const& aValue,

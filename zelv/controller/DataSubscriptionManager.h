@@ -6,9 +6,13 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "zelv/controller/DataReReadContext.h"
+#include "zelv/controller/DeliveryExplanation.h"
 #include "zelv/controller/DeliveryPlans.h"
+#include "zelv/controller/LongestCall.h"
+#include "zelv/controller/OneTimeRequests.h"
 #include "zelv/controller/SubscriptionEntry.h"
 #include "zelv/controller/SubscriptionIndex.h"
 #include "zelv/interfaces/ICoreCommandCallback.h"
@@ -74,6 +78,18 @@ class DataSubscriptionManager : public virtual ICoreCommandCallback,
   void notifySubscribers(std::string const& aXPath, std::string const& aValue,
                          IBaseDataCallback* aExcluded);
 
+  /// What notifySubscribers() would do for each subscription, in the order in which it would, when
+  /// nobody is excluded. Nobody is told.
+  ///
+  /// @param aWithheld  the subscriber that is excluded from changes that stay on this device.
+  std::vector<DeliveryExplanation> explain(std::string const& aXPath,
+                                           IBaseDataCallback const* aWithheld);
+
+  /// The one-time entries that are still there, with at most aMost of them in full.
+  OneTimeRequests getRequests(std::size_t aMost);
+
+  LongestCall const& getLongestCallback() const { return mLongestCallback; }
+
   /// For steps that belong together.
   void lock() ZELV_ACQUIRE(mMutex);
   void unlock() ZELV_RELEASE(mMutex);
@@ -105,6 +121,9 @@ class DataSubscriptionManager : public virtual ICoreCommandCallback,
   std::uint64_t mIndexGeneration ZELV_GUARDED_BY(mMutex) = 0;
   DeliveryPlans mPlans ZELV_GUARDED_BY(mMutex);
   FindCoreData const mFindCoreData;
+  LongestCall mLongestCallback;
+  /// See TimedDeliveries.
+  int mSuspicious ZELV_GUARDED_BY(mMutex) = 0;
 };
 
 }  // namespace Zelv::Controller

@@ -1,28 +1,16 @@
 #include "zelv/controller/LocalDataController.h"
 
+#include <cstdint>
 #include <stdexcept>
+#include <typeinfo>
 
 #include "zelv/controller/DataController.h"
+#include "zelv/controller/TimedCall.h"
 #include "zelv/platform/PCRealDebug.h"
 #include "zelv/platform/TCAutoLock.h"
 #include "zelv/platform/TraceScope.h"
 
 namespace Zelv::Controller {
-
-namespace {
-
-/// The status carries no text: it is made from an exception, of which only the base is kept.
-void reportFailure(IBaseDataCallback* aCallback, std::exception const& aException,
-                   GUID const& aTransactionID) {
-  if (aCallback == nullptr) {
-    PCRealDebug::Print(PCRealDebug::Warning,
-                       "LocalDataController::reportFailure: no callback to report to.");
-    return;
-  }
-  aCallback->onStatus(StatusInformation(aException), aTransactionID);
-}
-
-}  // namespace
 
 /// Shows the callback of the running set or add to updateSubscriberStatus().
 class LocalDataController::CurrentCallback {
@@ -69,6 +57,20 @@ class LocalDataController::CurrentAdd {
  private:
   LocalDataController& mController;
 };
+
+/// The status carries no text: it is made from an exception, of which only the base is kept.
+void LocalDataController::reportFailure(IBaseDataCallback* aCallback,
+                                        std::exception const& aException,
+                                        GUID const& aTransactionID,
+                                        std::string const& aXPath) const {
+  if (aCallback == nullptr) {
+    PCRealDebug::Print(PCRealDebug::Warning,
+                       "LocalDataController::reportFailure: no callback to report to.");
+    return;
+  }
+  TimedCall const call(mLongestCallback, "onStatus", typeid(*aCallback), aXPath);
+  aCallback->onStatus(StatusInformation(aException), aTransactionID);
+}
 
 LocalDataController::LocalDataController()
     : mCurrentSetDataTransactionId(GUID::nullGUID), mCurrentAddDataTransactionId(GUID::nullGUID) {}
@@ -147,7 +149,7 @@ IDataProvider* LocalDataController::findDataProvider(std::string const& aXPath,
     PCRealDebug::Print(PCRealDebug::Warning,
                        "LocalDataController::findDataProvider: DataProvider not found for '%s'!",
                        aXPath.c_str());
-    aCallback->onStatus(StatusInformation(std::exception()), aTransactionID);
+    reportFailure(aCallback, std::exception(), aTransactionID, aXPath);
   }
   return found;
 }
@@ -161,7 +163,7 @@ void LocalDataController::executeGetData(GUID const& aTransactionID, std::string
     getData(aXPath, aContext, aTransactionID, provider, aCallback);
     return;
   }
-  reportFailure(aCallback, std::runtime_error("Data Provider Not Found"), aTransactionID);
+  reportFailure(aCallback, std::runtime_error("Data Provider Not Found"), aTransactionID, aXPath);
   PCRealDebug::Print(PCRealDebug::Warning,
                      "LocalDataController::executeGetData: Data provider not found for XPath '%s'.",
                      aXPath.c_str());
@@ -173,16 +175,19 @@ void LocalDataController::getData(std::string const& aXPath, ContextInformation 
   TraceScope trace("LocalDataController::getData");
   std::string const localXPath = DataController::convertToLocalXPath(aXPath);
   std::string data;
+  std::int64_t answered = 0;
   try {
+    TimedCall call(mLongestProvider, "getData", typeid(*aProvider), localXPath);
     aProvider->getData(localXPath, data, aTransactionID);
+    answered = call.end();
   } catch (std::exception const& exception) {
     PCRealDebug::Print(PCRealDebug::Error, "LocalDataController::getData: Exception: %s",
                        exception.what());
-    reportFailure(aCallback, exception, aTransactionID);
+    reportFailure(aCallback, exception, aTransactionID, aXPath);
     return;
   } catch (...) {
     // The worker says what came out; the reader learns that nothing will come.
-    reportFailure(aCallback, std::exception(), aTransactionID);
+    reportFailure(aCallback, std::exception(), aTransactionID, aXPath);
     throw;
   }
   if (aCallback == nullptr) {
@@ -190,6 +195,7 @@ void LocalDataController::getData(std::string const& aXPath, ContextInformation 
                        "LocalDataController::getData: no callback for XPath '%s'.", aXPath.c_str());
     return;
   }
+  TimedCall const call(mLongestCallback, "onData", typeid(*aCallback), aXPath, answered);
   aCallback->onData(aXPath, data, aContext, aTransactionID);
 }
 
@@ -223,15 +229,16 @@ void LocalDataController::runSet(IDataProvider* aProvider, GUID const& aTransact
                                  IBaseDataCallback* aCallback) {
   try {
     CurrentSet current(*this);
+    TimedCall const call(mLongestProvider, "setData", typeid(*aProvider), aXPath);
     aProvider->setData(aXPath, aValue, aTransactionID);
   } catch (std::exception const& exception) {
     PCRealDebug::Print(
         PCRealDebug::Error,
         "LocalDataController::executeSetData: Exception in IDataProvider::setData: %s",
         exception.what());
-    reportFailure(aCallback, exception, aTransactionID);
+    reportFailure(aCallback, exception, aTransactionID, aXPath);
   } catch (...) {
-    reportFailure(aCallback, std::exception(), aTransactionID);
+    reportFailure(aCallback, std::exception(), aTransactionID, aXPath);
     throw;
   }
 }
@@ -244,15 +251,16 @@ void LocalDataController::runAdd(IDataProvider* aProvider, GUID const& aTransact
                                  IBaseDataCallback* aCallback) {
   try {
     CurrentAdd current(*this, aTransactionID);
+    TimedCall const call(mLongestProvider, "addData", typeid(*aProvider), aXPath);
     aProvider->addData(aXPath, aValue, aTransactionID);
   } catch (std::exception const& exception) {
     PCRealDebug::Print(
         PCRealDebug::Error,
         "LocalDataController::executeSetData: Exception in IDataProvider::addData: %s",
         exception.what());
-    reportFailure(aCallback, exception, aTransactionID);
+    reportFailure(aCallback, exception, aTransactionID, aXPath);
   } catch (...) {
-    reportFailure(aCallback, std::exception(), aTransactionID);
+    reportFailure(aCallback, std::exception(), aTransactionID, aXPath);
     throw;
   }
 }

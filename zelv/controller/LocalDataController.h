@@ -1,9 +1,11 @@
 #pragma once
 
+#include <exception>
 #include <map>
 #include <string>
 
 #include "zelv/controller/DataTaskHandler.h"
+#include "zelv/controller/LongestCall.h"
 #include "zelv/interfaces/IDataProvider.h"
 #include "zelv/platform/PCMutex.h"
 
@@ -60,11 +62,16 @@ class LocalDataController final : public virtual DataTaskHandler {
                GUID const& aTransactionID, IDataProvider* aProvider,
                IBaseDataCallback* aCallback) const;
 
+  LongestCall const& getLongestProvider() const { return mLongestProvider; }
+  LongestCall const& getLongestCallback() const { return mLongestCallback; }
+
  private:
   class CurrentCallback;
   class CurrentSet;
   class CurrentAdd;
 
+  void reportFailure(IBaseDataCallback* aCallback, std::exception const& aException,
+                     GUID const& aTransactionID, std::string const& aXPath) const;
   void runSet(IDataProvider* aProvider, GUID const& aTransactionID, std::string const& aXPath,
               std::string const& aValue, IBaseDataCallback* aCallback);
   void runAdd(IDataProvider* aProvider, GUID const& aTransactionID, std::string const& aXPath,
@@ -78,6 +85,8 @@ class LocalDataController final : public virtual DataTaskHandler {
   GUID mCurrentSetDataTransactionId ZELV_GUARDED_BY(mMutex);
   GUID mCurrentAddDataTransactionId ZELV_GUARDED_BY(mMutex);
   mutable PCMutex mMutex;
+  mutable LongestCall mLongestProvider;
+  mutable LongestCall mLongestCallback;
 };
 
 }  // namespace Zelv::Controller

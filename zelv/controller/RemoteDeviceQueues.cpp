@@ -174,6 +174,15 @@ void RemoteDeviceQueues::terminate() {
   mReaper.drain();
 }
 
+std::list<RemoteDeviceQueues::State> RemoteDeviceQueues::states() const {
+  std::list<State> states;
+  TCAutoLock lock(mLock);
+  for (auto const& [url, queue] : mQueues) {
+    states.push_back({queue->getDeviceID(), queue->getCounters(), url});
+  }
+  return states;
+}
+
 std::size_t RemoteDeviceQueues::size() const {
   TCAutoLock lock(mLock);
   return mQueues.size();

@@ -29,6 +29,12 @@ class RemoteDeviceQueues {
   /// A queue without a device ID leaves with no device. It goes when it was idle for so long.
   static constexpr std::int64_t cIdleMs = 600'000;
 
+  struct State {
+    std::string deviceId;
+    DeviceServiceQueue::Counters counters;
+    std::string url;
+  };
+
   /// Posts to the queue of a service, which is made if there is none.
   /// @return false when there is no queue to be had.
   bool post(std::string const& aMessage, Infrastructure::URL const& aURL,
@@ -45,6 +51,9 @@ class RemoteDeviceQueues {
   void terminate();
 
   std::size_t size() const;
+
+  /// For diagnostics.
+  std::list<State> states() const;
 
   /// Those that have ended and are still to be joined.
   std::size_t getPending() const { return mReaper.getPending(); }

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <cstdint>
 #include <list>
 #include <optional>
 #include <string>
 
 #include "zelv/controller/DataSubscription.h"
 #include "zelv/controller/SubscribedPath.h"
+#include "zelv/platform/PCTime.h"
 
 namespace Zelv::Controller {
 
@@ -29,6 +31,8 @@ struct SubscriptionEntry {
   bool local;
   /// Where it stands among the answered one-time entries.
   std::optional<std::list<GUID>::iterator> answered;
+  /// By PCTime::CoarseMs().
+  std::int64_t const made = PCTime::CoarseMs();
 };
 
 }  // namespace Zelv::Controller

@@ -2,8 +2,10 @@
 
 #include <exception>
 #include <stdexcept>
+#include <typeinfo>
 #include <utility>
 
+#include "zelv/controller/TimedCall.h"
 #include "zelv/interfaces/StatusInformation.h"
 #include "zelv/platform/PCRealDebug.h"
 #include "zelv/platform/TCAutoLock.h"
@@ -30,11 +32,13 @@ void tellStatus(IBaseTimerCallback& aCallback, StatusInformation const& aStatus,
 }
 
 /// Whatever an application throws ends here; the alarm thread and the timer go on.
-void runCallback(IBaseTimerCallback* aCallback, std::string const& aName, GUID const& aTimerID) {
+void runCallback(IBaseTimerCallback* aCallback, std::string const& aName, GUID const& aTimerID,
+                 LongestCall& aLongest) {
   if (aCallback == nullptr) {
     return;
   }
   try {
+    TimedCall const call(aLongest, "onTimer", typeid(*aCallback), aName);
     aCallback->onTimer(aName, aTimerID);
   } catch (std::exception const& exception) {
     tellStatus(*aCallback, StatusInformation(exception), aTimerID);
@@ -69,7 +73,7 @@ class TimerController::Trigger {
 
   /// False when the timer is no longer in the table.
   bool begin();
-  void run() const { runCallback(mCallback, mName, mId); }
+  void run() const { runCallback(mCallback, mName, mId, mController.mLongestCallback); }
 
  private:
   /// True when the timer is to be deleted. From then on it belongs to this thread; when false,

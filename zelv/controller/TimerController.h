@@ -6,6 +6,7 @@
 #include <thread>
 #include <vector>
 
+#include "zelv/controller/LongestCall.h"
 #include "zelv/controller/Timer.h"
 #include "zelv/interfaces/IAppTimer.h"
 #include "zelv/interfaces/ICoreTimer.h"
@@ -45,6 +46,8 @@ class TimerController : public virtual IAppTimer, public virtual ICoreTimer {
   /// @throws std::invalid_argument "NULL pointer in TimerController::timerTriggered".
   void timerTrigger(Timer* aTimer);
 
+  LongestCall const& getLongestCallback() const { return mLongestCallback; }
+
  private:
   class Trigger;
 
@@ -73,6 +76,7 @@ class TimerController : public virtual IAppTimer, public virtual ICoreTimer {
   PCMutex mMutex;
   /// One semaphore for each thread that waits for the end of a callback, on that thread's stack.
   std::vector<PCSemaphore*> mWaiting ZELV_GUARDED_BY(mMutex);
+  LongestCall mLongestCallback;
 };
 
 }  // namespace Zelv::Controller

@@ -98,6 +98,8 @@ class UserController : public virtual IAppUser,
   /// Events that wait for delivery, for diagnostics.
   std::size_t getQueueSize() const;
 
+  LongestCall const& getLongestCallback() const { return mSubscriptions.getLongestCallback(); }
+
  private:
   struct Answer {
     std::string value;

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <exception>
 #include <stdexcept>
+#include <typeinfo>
 
+#include "zelv/controller/TimedCall.h"
 #include "zelv/platform/PCRealDebug.h"
 #include "zelv/platform/TCAutoLock.h"
 #include "zelv/platform/TraceScope.h"
@@ -15,7 +17,8 @@ namespace {
 /// What a subscriber throws must neither end the thread of the input nor keep the next subscriber
 /// from hearing of it.
 void tell(IBaseUserCallback* aSubscriber, std::string const& aType, std::string const& aValue,
-          std::string const& aDevice, std::string const& aUser, GUID const& aID) noexcept {
+          std::string const& aDevice, std::string const& aUser, GUID const& aID,
+          LongestCall& aLongest) noexcept {
   if (aSubscriber == nullptr) {
     PCRealDebug::Print(
         PCRealDebug::Warning,
@@ -23,6 +26,7 @@ void tell(IBaseUserCallback* aSubscriber, std::string const& aType, std::string 
     return;
   }
   try {
+    TimedCall const call(aLongest, "onUserInput", typeid(*aSubscriber), aType);
     aSubscriber->onUserInput(aType, aValue, aDevice, aUser, aID);
   } catch (std::exception const& exception) {
     PCRealDebug::Print(
@@ -112,7 +116,7 @@ void UserInputSubscriptionManager::notifySubscribers(std::string const& aType,
     IBaseUserCallback* const callback = entry->second.subscription.getCallback();
     beginCall(id);
     mMutex.Unlock();
-    tell(callback, aType, aValue, aDevice, aUser, id);
+    tell(callback, aType, aValue, aDevice, aUser, id, mLongestCallback);
     mMutex.Lock();
     endCall(id);
     entry = mTable.upper_bound(id);

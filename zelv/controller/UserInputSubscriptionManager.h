@@ -6,6 +6,7 @@
 #include <thread>
 #include <vector>
 
+#include "zelv/controller/LongestCall.h"
 #include "zelv/controller/UserInputSubscription.h"
 #include "zelv/platform/PCMutex.h"
 #include "zelv/platform/PCSemaphore.h"
@@ -49,6 +50,8 @@ class UserInputSubscriptionManager {
   void notifySubscribers(std::string const& aType, std::string const& aValue,
                          std::string const& aDevice, std::string const& aUser);
 
+  LongestCall const& getLongestCallback() const { return mLongestCallback; }
+
  private:
   struct Entry {
     UserInputSubscription subscription;
@@ -74,6 +77,7 @@ class UserInputSubscriptionManager {
   std::vector<Call> mCalls ZELV_GUARDED_BY(mMutex);
   /// One semaphore for each thread that waits for the end of a call, on that thread's stack.
   std::vector<PCSemaphore*> mWaiting ZELV_GUARDED_BY(mMutex);
+  LongestCall mLongestCallback;
 };
 
 }  // namespace Zelv::Controller

@@ -12,6 +12,7 @@ enum class eDelivery {
   SkipSibling,    ///< in an element of the same name with another ID
   SkipAttribute,  ///< a text changed, it is on an attribute
   SkipUnmatched,  ///< neither path begins with the other
+  SkipNoChange,   ///< what changed is not in the tree: nobody hears of it
 };
 
 }  // namespace Zelv::Controller

@@ -336,6 +336,7 @@ void Core::DiscoveryService::onBye(Message& aMessage) {
   std::string const id = read(aMessage, "/Envelope/Body/Bye/Device/@ID");
   // Asked before the device goes; of one that is not there phones are told.
   std::string const type = mDevices.typeOf(id);
+  noteDeparture(id, DepartedDevices::Reason::Bye);
   RemoveDeviceFromList(id);
   notifyDataSubscribers(type);
 }
@@ -502,6 +503,13 @@ void Core::DiscoveryService::RemoveDeviceFromList(std::string aDeviceId) {
                      aDeviceId.c_str());
 }
 
+void Core::DiscoveryService::noteDeparture(std::string const& aDeviceId,
+                                           DepartedDevices::Reason aReason) {
+  if (std::optional<RemoteDevice> const device = mDevices.find(aDeviceId)) {
+    mDeparted.note({device->type, device->id, device->name, aReason, PCTime::MonotonicMs()});
+  }
+}
+
 void Core::DiscoveryService::notifyDataSubscribers(std::string const& aDeviceType) {
   if (!mCoreData) {
     PCRealDebug::Print(PCRealDebug::Error,
@@ -531,6 +539,7 @@ void Core::DiscoveryService::CheckRemoteDeviceStatus() {
                        "DiscoveryService::CheckRemoteDeviceStatus: Device '%s' not sending "
                        "heartbeat, assuming it's dead.",
                        id.c_str());
+    noteDeparture(id, DepartedDevices::Reason::Silence);
     RemoveDeviceFromList(id);
   }
   if (!silent.empty() && mCoreData) {

@@ -5,11 +5,13 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "zelv/controller/ClockWatch.h"
 #include "zelv/controller/SeenMessages.h"
 #include "zelv/core/AnswerSender.h"
 #include "zelv/core/Core.h"
+#include "zelv/core/DepartedDevices.h"
 #include "zelv/core/DiscoverySettings.h"
 #include "zelv/core/OutgoingMessage.h"
 #include "zelv/core/RemoteDeviceList.h"
@@ -72,6 +74,14 @@ class Core::DiscoveryService : public virtual NetworkMessageCallback,
   /// Says goodbye and stops listening. Does nothing before the first initialize().
   void terminate();
 
+  /// @name For diagnostics
+  ///
+  /// Neither takes mLock: they may be asked for from within a delivery.
+  /// @{
+  std::vector<RemoteDevice> getDevices() { return mDevices.all(); }
+  std::vector<DepartedDevices::Entry> getDeparted() const { return mDeparted.all(); }
+  /// @}
+
  private:
   /// What a handler wants sent once the lock is released.
   using Answer = std::optional<OutgoingMessage>;
@@ -112,6 +122,7 @@ class Core::DiscoveryService : public virtual NetworkMessageCallback,
 
   bool AddDeviceToList(Message& aMessage);
   void RemoveDeviceFromList(std::string aDeviceId);
+  void noteDeparture(std::string const& aDeviceId, DepartedDevices::Reason aReason);
   void CheckRemoteDeviceStatus();
   void notifyDataSubscribers(std::string const& aDeviceType);
   void notifyList(char const* aElement);
@@ -140,6 +151,7 @@ class Core::DiscoveryService : public virtual NetworkMessageCallback,
   Controller::ClockWatch mClock ZELV_GUARDED_BY(mLock);
   /// The message being handled. Kept for its memory of paths: the same few are read in each.
   Message mMessage ZELV_GUARDED_BY(mLock);
+  DepartedDevices mDeparted;
   /// Last, so that its thread ends before what it sends with goes.
   AnswerSender mAnswerSender;
 };

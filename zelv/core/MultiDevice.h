@@ -40,6 +40,9 @@ class Core::MultiDevice : public IDataProvider, public virtual ICoreLifetimeCall
   /// The devices document; owned here.
   Infrastructure::HierarchicalDB* getDeviceData() const { return mDeviceData.get(); }
 
+  /// Null when this set has none. For diagnostics.
+  DiscoveryService* getDiscovery() const { return mDiscoveryService.get(); }
+
   /// The set's product code; empty when it has none.
   void getModelName(std::string& aData);
 

@@ -141,6 +141,28 @@ std::string RemoteDeviceList::ids(char const* aElement) {
   return read(mDevices, std::string("/Devices/") + aElement + "/@ID");
 }
 
+std::optional<RemoteDevice> RemoteDeviceList::find(std::string const& aDeviceId) {
+  if (!contains(aDeviceId)) {
+    return {};
+  }
+  std::string const device = anyDevice(aDeviceId);
+  std::string const stamp = read(mDevices, device + "/LastHeartBeat/text()");
+  return RemoteDevice{typeOf(aDeviceId), aDeviceId, read(mDevices, device + "/Name/text()"),
+                      std::strtoll(stamp.c_str(), nullptr, 10)};
+}
+
+std::vector<RemoteDevice> RemoteDeviceList::all() {
+  std::vector<RemoteDevice> devices;
+  for (char const* element : {"RemoteTV", "Mobile"}) {
+    for (std::string const& id : MultiString::split(ids(element))) {
+      if (std::optional<RemoteDevice> device = find(id)) {
+        devices.push_back(*std::move(device));
+      }
+    }
+  }
+  return devices;
+}
+
 void RemoteDeviceList::shiftStamps(std::int64_t aSeconds) {
   for (std::string const& id : MultiString::split(read(mDevices, "/Devices/*/@ID"))) {
     std::string const stamp = read(mDevices, anyDevice(id) + "/LastHeartBeat/text()");

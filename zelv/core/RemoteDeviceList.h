@@ -2,8 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
+#include "zelv/core/RemoteDevice.h"
 #include "zelv/infrastructure/HierarchicalDB.h"
 
 namespace Zelv {
@@ -45,6 +48,12 @@ class RemoteDeviceList {
 
   /// The IDs of all "RemoteTV" or "Mobile", as a multi-string.
   std::string ids(char const* aElement);
+
+  /// None when there is no such device.
+  std::optional<RemoteDevice> find(std::string const& aDeviceId);
+
+  /// Televisions first. Devices that come or go meanwhile may be left out.
+  std::vector<RemoteDevice> all();
 
   /// Moves all stamps, when the wall clock has jumped.
   void shiftStamps(std::int64_t aSeconds);

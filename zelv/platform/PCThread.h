@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "zelv/platform/Export.h"
 
@@ -44,6 +47,13 @@ class ZELV_EXPORT PCThread {
   /// Ends the system threads that are parked for reuse and waits for them. For hosts that must give
   /// everything back, and for tests that count threads.
   static void ReleaseParked();
+
+  /// The names of the threads that run at this moment, those of the platform itself included; those
+  /// of the host are not. For diagnostics.
+  static std::vector<std::string> Running();
+
+  /// How many threads are parked for reuse.
+  static std::size_t Parked();
 
  protected:
   /// The body of the thread. It ends by returning, never by the system's own means, since the

@@ -12,6 +12,15 @@ class PCTime {
   /// Milliseconds by a clock that never jumps and never goes back; its zero means nothing.
   static std::int64_t MonotonicMs();
 
+  /// Nanoseconds by the same clock, as finely as the platform has them.
+  static std::int64_t MonotonicNs();
+
+  /// As MonotonicMs(), but MAY lag behind it by up to cCoarseLagMs, and MUST cost no more than a
+  /// few loads: for what is timed so often that the clock itself would show.
+  static std::int64_t CoarseMs();
+
+  static constexpr std::int64_t cCoarseLagMs = 10;
+
   /// Suspends the calling thread for at least this many milliseconds; signals do not shorten it.
   static void Sleep(unsigned long aMilliseconds);
 };

@@ -18,6 +18,26 @@ TEST(PCTime, NeverGoesBackByTheMonotonicClock) {
   }
 }
 
+TEST(PCTime, CountsNanosecondsByTheMonotonicClock) {
+  std::int64_t const before = PCTime::MonotonicMs();
+  std::int64_t const now = PCTime::MonotonicNs();
+  std::int64_t const after = PCTime::MonotonicMs();
+  EXPECT_LE(before, now / 1000000);
+  EXPECT_LE(now / 1000000, after);
+}
+
+TEST(PCTime, NeverGoesBackByTheCoarseClockAndLagsNoMoreThanItMay) {
+  std::int64_t last = PCTime::CoarseMs();
+  for (int i = 0; i < 10000; ++i) {
+    std::int64_t const before = PCTime::MonotonicMs();
+    std::int64_t const now = PCTime::CoarseMs();
+    ASSERT_GE(now, last);
+    ASSERT_LE(now, PCTime::MonotonicMs());
+    ASSERT_GE(now, before - PCTime::cCoarseLagMs);
+    last = now;
+  }
+}
+
 TEST(PCTime, SleepsAtLeastAsLongAsTold) {
   std::int64_t const before = PCTime::MonotonicMs();
   PCTime::Sleep(2);

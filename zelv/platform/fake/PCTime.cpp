@@ -13,6 +13,14 @@ std::int64_t PCTime::MonotonicMs() {
   return FakeClock::MonotonicMs();
 }
 
+std::int64_t PCTime::MonotonicNs() {
+  return FakeClock::MonotonicMs() * 1000000;
+}
+
+std::int64_t PCTime::CoarseMs() {
+  return FakeClock::MonotonicMs();
+}
+
 void PCTime::Sleep(unsigned long aMilliseconds) {
   FakeClock::Advance(static_cast<std::int64_t>(aMilliseconds));
 }

@@ -113,3 +113,11 @@ unsigned long PCThread::GetId() const {
 void PCThread::ReleaseParked() {
   ThreadPool::Get().ReleaseParked();
 }
+
+std::vector<std::string> PCThread::Running() {
+  return ThreadPool::Get().Running();
+}
+
+std::size_t PCThread::Parked() {
+  return static_cast<std::size_t>(ThreadPool::Get().ParkedCount());
+}

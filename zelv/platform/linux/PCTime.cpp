@@ -14,6 +14,19 @@ std::int64_t PCTime::MonotonicMs() {
   return static_cast<std::int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
 }
 
+std::int64_t PCTime::MonotonicNs() {
+  timespec now;
+  ::clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<std::int64_t>(now.tv_sec) * 1000000000 + now.tv_nsec;
+}
+
+// Moves with the kernel's tick, of which there are at least 100 a second.
+std::int64_t PCTime::CoarseMs() {
+  timespec now;
+  ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+  return static_cast<std::int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
+}
+
 void PCTime::Sleep(unsigned long aMilliseconds) {
   // A century, so that the sum cannot run over.
   constexpr unsigned long cMostSeconds = 36525UL * 86400;

@@ -30,6 +30,10 @@ struct ThreadPool::Worker {
   // Guarded by the pool's lock.
   bool parked = false;
   Worker* next = nullptr;
+  /// What it does; null while it is parked.
+  std::shared_ptr<ThreadJob> doing;
+  Worker* before = nullptr;
+  Worker* behind = nullptr;
 
   bool isTold() const { return job || quit; }
 
@@ -58,7 +62,8 @@ ThreadPool& ThreadPool::Get() {
 void ThreadPool::atFork() {
   ::pthread_atfork([] { Get().mLock.lock(); }, [] { Get().mLock.unlock(); },
                    [] {
-                     Get().mLost = std::exchange(Get().mParked, nullptr);
+                     Get().mLost = std::exchange(Get().mAll, nullptr);
+                     Get().mParked = nullptr;
                      Get().mParkedCount = 0;
                      Get().mHasEnded = false;
                      Get().mLock.unlock();
@@ -75,7 +80,11 @@ bool ThreadPool::Start(std::shared_ptr<ThreadJob> const& aJob, std::size_t aStac
     return false;
   }
   worker->job = aJob;
+  worker->doing = aJob;
+  // Before the thread runs, which strikes itself off when it ends.
+  enlist(*worker);
   if (!ThreadStart::Start(stack, &ThreadPool::main, worker.get())) {
+    strike(*worker);
     return false;
   }
   // From here on the thread owns it.
@@ -91,6 +100,7 @@ bool ThreadPool::handToParked(std::shared_ptr<ThreadJob> const& aJob) {
     return false;
   }
   unpark(*worker);
+  worker->doing = aJob;
   worker->tell([&] { worker->job = aJob; });
   return true;
 }
@@ -123,8 +133,10 @@ void ThreadPool::work(Worker& aSelf) {
 
 bool ThreadPool::park(Worker& aSelf) {
   std::unique_lock lock(mLock);
+  // The caller holds it too, so that it does not go under the lock.
+  aSelf.doing.reset();
   if (!aSelf.parks || mParkedCount >= mMostParked) {
-    leave(lock);
+    leave(aSelf, lock);
     return false;
   }
   aSelf.parked = true;
@@ -150,7 +162,7 @@ bool ThreadPool::awaitJob(Worker& aSelf) {
   }
   own.unlock();
   unpark(aSelf);
-  leave(lock);
+  leave(aSelf, lock);
   return false;
 }
 
@@ -164,7 +176,40 @@ void ThreadPool::unpark(Worker& aWorker) {
   --mParkedCount;
 }
 
-void ThreadPool::leave(std::unique_lock<std::mutex>& aLock) {
+void ThreadPool::enlist(Worker& aWorker) {
+  std::lock_guard lock(mLock);
+  aWorker.behind = mAll;
+  if (mAll != nullptr) {
+    mAll->before = &aWorker;
+  }
+  mAll = &aWorker;
+}
+
+void ThreadPool::strike(Worker& aWorker) {
+  std::lock_guard lock(mLock);
+  strikeOff(aWorker);
+}
+
+void ThreadPool::strikeOff(Worker& aWorker) {
+  (aWorker.before != nullptr ? aWorker.before->behind : mAll) = aWorker.behind;
+  if (aWorker.behind != nullptr) {
+    aWorker.behind->before = aWorker.before;
+  }
+}
+
+std::vector<std::string> ThreadPool::Running() {
+  std::lock_guard lock(mLock);
+  std::vector<std::string> names;
+  for (Worker const* worker = mAll; worker != nullptr; worker = worker->behind) {
+    if (worker->doing) {
+      names.push_back(worker->doing->Name());
+    }
+  }
+  return names;
+}
+
+void ThreadPool::leave(Worker& aSelf, std::unique_lock<std::mutex>& aLock) {
+  strikeOff(aSelf);
   pthread_t const before = mEnded;
   bool const hadEnded = mHasEnded;
   mEnded = ::pthread_self();
@@ -183,6 +228,7 @@ void ThreadPool::ReleaseParked() {
     while (mParked != nullptr) {
       Worker& worker = *mParked;
       unpark(worker);
+      strikeOff(worker);
       ended[count++] = worker.handle;
       worker.tell([&worker] { worker.quit = true; });
     }

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <memory>
 #include <mutex>
+#include <string>
+#include <vector>
 
 #include "zelv/platform/linux/ThreadJob.h"
 
@@ -48,6 +50,9 @@ class ThreadPool {
 
   int ParkedCount();
 
+  /// The names of the jobs that are being done.
+  std::vector<std::string> Running();
+
  private:
   struct Worker;
 
@@ -59,7 +64,10 @@ class ThreadPool {
   bool park(Worker& aSelf);
   bool awaitJob(Worker& aSelf);
   void unpark(Worker& aWorker);
-  void leave(std::unique_lock<std::mutex>& aLock);
+  void leave(Worker& aSelf, std::unique_lock<std::mutex>& aLock);
+  void enlist(Worker& aWorker);
+  void strike(Worker& aWorker);
+  void strikeOff(Worker& aWorker);
 
   int const mIdleMs;
 
@@ -67,6 +75,8 @@ class ThreadPool {
   // Guarded by mLock.
   Worker* mParked = nullptr;
   int mParkedCount = 0;
+  /// Every thread, at work or parked.
+  Worker* mAll = nullptr;
   /// Those of the process that this one is a child of.
   Worker* mLost = nullptr;
   int mMostParked = cMostParked;

@@ -5,7 +5,9 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "zelv/platform/TestPlatform.h"
 #include "zelv/platform/linux/ProcessProbe.h"
@@ -14,6 +16,7 @@ namespace {
 
 using Zelv::Platform::ThreadJob;
 using Zelv::Platform::ThreadPool;
+using Zelv::Platform::Testing::Event;
 using Zelv::Platform::Testing::ProcessProbe;
 
 constexpr int cHour = 3600000;
@@ -75,6 +78,46 @@ TEST(ThreadPool, ParksNoThreadAnyMoreOnceClosed) {
   pool.JoinEnded();
   EXPECT_EQ(0, pool.ParkedCount());
   EXPECT_TRUE(ProcessProbe::comesToThreads(before));
+}
+
+TEST(ThreadPool, TellsTheNamesOfWhatItsThreadsDoAndOfNoParkedOne) {
+  ThreadPool pool(cHour);
+  Event entered;
+  Event goOn;
+  auto const begin = [&] {
+    return start(pool, [&] {
+      entered.happen();
+      EXPECT_TRUE(goOn.wait());
+    });
+  };
+  EXPECT_TRUE(pool.Running().empty());
+  // The second round is done by threads that were parked.
+  for (int round = 0; round < 2; ++round) {
+    auto const one = begin();
+    auto const other = begin();
+    EXPECT_TRUE(entered.wait());
+    EXPECT_TRUE(entered.wait());
+    EXPECT_EQ(pool.Running(), std::vector<std::string>(2, "job"));
+    goOn.happen();
+    goOn.happen();
+    one->Wait();
+    other->Wait();
+    EXPECT_TRUE(pool.Running().empty());
+    EXPECT_EQ(pool.ParkedCount(), 2);
+  }
+  pool.ReleaseParked();
+  EXPECT_TRUE(pool.Running().empty());
+}
+
+TEST(ThreadPool, ForgetsThreadsThatEndInAnyOrder) {
+  ThreadPool pool(0);
+  for (int round = 0; round < 50; ++round) {
+    auto const one = start(pool, [] {});
+    auto const other = start(pool, [] {});
+    other->Wait();
+    one->Wait();
+    EXPECT_TRUE(pool.Running().empty());
+  }
 }
 
 TEST(ThreadPool, ReleasesParkedThreadsOnSeveralThreadsAtOnce) {
