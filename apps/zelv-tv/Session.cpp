@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "apps/zelv-tv/StatisticsPrinter.h"
 #include "apps/zelv-tv/ValueText.h"
 
 namespace ZelvTv {
@@ -36,6 +37,9 @@ std::vector<Session::Command> const& Session::commands() {
        &Session::command},
       {"timer", "MS NAME", "go off once, in so many milliseconds: \"fired ID NAME\"",
        &Session::timer},
+      {"explain", "PATH", "which subscriptions would hear of a change of it, and why",
+       &Session::explain},
+      {"stats", "", "queues, the longest calls, open requests, threads and peers", &Session::stats},
       {"help", "", "this list; in values \\n is a line feed, \\\\ a backslash, \\xHH any byte",
        &Session::help},
       {"quit", "", "end, as does the end of the input", &Session::quit},
@@ -125,6 +129,17 @@ Session::Lines Session::timer(Arguments& aArguments) {
   std::string const name = aArguments.Value();
   Zelv::GUID const id = mParts.timers.createTimer(milliseconds, 1, name, &mParts.listener);
   return {"timer " + id.toString() + " " + ValueText::ToLine(name)};
+}
+
+Session::Lines Session::explain(Arguments& aArguments) {
+  std::string const path = aArguments.Path();
+  aArguments.End();
+  return StatisticsPrinter::Explain(Zelv::Diagnostics::explain(path), path);
+}
+
+Session::Lines Session::stats(Arguments& aArguments) {
+  aArguments.End();
+  return StatisticsPrinter::Statistics(Zelv::Diagnostics::statistics());
 }
 
 Session::Lines Session::help(Arguments& aArguments) {

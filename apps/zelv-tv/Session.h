@@ -58,6 +58,8 @@ class Session {
   Lines devices(Arguments& aArguments);
   Lines command(Arguments& aArguments);
   Lines timer(Arguments& aArguments);
+  Lines explain(Arguments& aArguments);
+  Lines stats(Arguments& aArguments);
   Lines help(Arguments& aArguments);
   Lines quit(Arguments& aArguments);
 

@@ -144,6 +144,7 @@ TEST_F(SessionTest, HelpNamesEveryCommand) {
                           StartsWith("help add PATH VALUE "), StartsWith("help sub PATH "),
                           StartsWith("help unsub ID "), StartsWith("help devices "),
                           StartsWith("help command DEVICE XML "), StartsWith("help timer MS NAME "),
+                          StartsWith("help explain PATH "), StartsWith("help stats "),
                           StartsWith("help help "), StartsWith("help quit ")));
 }
 
@@ -151,6 +152,15 @@ TEST_F(SessionTest, CountsTheDevicesOfAnEmptyHome) {
   EXPECT_THAT(mSession.Execute("devices"), ElementsAre("devices 0"));
   EXPECT_THAT(mSession.Execute("devices now"),
               ElementsAre("error 'now' is too much; usage: devices"));
+}
+
+TEST_F(SessionTest, TellsThatThereIsNothingToExplainWithoutASet) {
+  EXPECT_THAT(mSession.Execute("explain /Zelv/a[b = 'c d']"),
+              ElementsAre("explained 0 /Zelv/a[b = 'c d']"));
+  EXPECT_THAT(mSession.Execute("explain"),
+              ElementsAre("error an argument is missing; usage: explain PATH"));
+  EXPECT_THAT(mSession.Execute("stats"), ElementsAre("error the set does not run"));
+  EXPECT_THAT(mSession.Execute("stats all"), ElementsAre("error 'all' is too much; usage: stats"));
 }
 
 TEST_F(SessionTest, QuitEndsIt) {
