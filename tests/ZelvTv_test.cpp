@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -17,6 +18,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::MatchesRegex;
+using testing::Not;
 using testing::StartsWith;
 
 char const* const kInterval = "/Zelv/Configuration/UPnP/Ping/Interval/text()";
@@ -37,6 +39,9 @@ std::string wordOf(std::string const& aLine, int aNumber) {
   }
   return begin == std::string::npos ? "" : aLine.substr(begin, aLine.find(' ', begin) - begin);
 }
+
+/// The message of a command that came by none.
+char const* const kNoMessage = "00000000-0000-0000-0000-000000000000";
 
 /// A set that has an identity and no network.
 char const* const kReady = "ready [0-9a-f-]{36} -";
@@ -171,6 +176,49 @@ TEST_F(ZelvTv, AReadUnderNoProviderFailsTwice) {
   EXPECT_EQ(Get(*tv, kInterval), "30");
 }
 
+TEST_F(ZelvTv, CarriesOutItsOwnCommands) {
+  auto const tv = Start();
+  std::string const self = Get(*tv, "/Zelv/Devices/LocalTV/@ID");
+  for (std::string const& device : {std::string("-"), self, std::string("Television")}) {
+    std::string const id = Ask(*tv, "command " + device + " <Echo>a b</Echo>", "queued");
+    EXPECT_EQ(tv->Line(), std::string("command - ") + kNoMessage + " <Echo>a b</Echo>");
+    EXPECT_EQ(tv->Line(), "returned " + id + " <Echo>a b</Echo>");
+  }
+  std::string const id = Ask(*tv, "command - <ShowMessage>tea &amp; cake</ShowMessage>", "queued");
+  EXPECT_THAT(tv->Line(), StartsWith("command - "));
+  EXPECT_EQ(tv->Line(), "message - tea & cake");
+  EXPECT_EQ(tv->Line(), "returned " + id + " shown");
+}
+
+TEST_F(ZelvTv, ReadsItsOwnTreeByItsIdTooAndWaitsInVainForAStrangers) {
+  auto const tv = Start();
+  std::string const self = Get(*tv, "/Zelv/Devices/LocalTV/@ID");
+  EXPECT_EQ(Get(*tv, "/Zelv[@DeviceId='" + self + "']/Devices/LocalTV/Name/text()"), "Television");
+  Ask(*tv, "get /Zelv[@DeviceId='b']/Devices/LocalTV/Name/text()", "queued");
+  Ask(*tv, "sub /Zelv[@DeviceId='b']/Devices/LocalTV/Name/text()", "subscribed");
+  auto const begin = std::chrono::steady_clock::now();
+  tv->Say("quit");
+  EXPECT_TRUE(tv->SaysNothingMore());
+  EXPECT_EQ(tv->ExitStatus(), 0);
+  auto const taken = std::chrono::steady_clock::now() - begin;
+  EXPECT_GE(taken, std::chrono::milliseconds(4500)) << "the answer might still have come";
+  EXPECT_LT(taken, std::chrono::seconds(30));
+}
+
+TEST_F(ZelvTv, WaitsForTheReturnOfACommandAtItsEnd) {
+  auto const tv = Start();
+  tv->Write("command - <Echo>last</Echo>");
+  tv->EndInput();
+  EXPECT_THAT(tv->Rest(), HasSubstr(" <Echo>last</Echo>\nreturned "));
+  EXPECT_EQ(tv->ExitStatus(), 0);
+}
+
+TEST_F(ZelvTv, HasAModelAndWarnsOfNone) {
+  auto const tv = Start();
+  EXPECT_EQ(Get(*tv, "/Zelv/Devices/LocalTV/Model/text()"), "zelv-tv");
+  EXPECT_THAT(contentOf(Log()), Not(HasSubstr("model")));
+}
+
 TEST_F(ZelvTv, ATimerGoesOffOnce) {
   auto const tv = Start();
   std::string const id = Ask(*tv, "timer 1 tea time", "timer");
@@ -195,6 +243,13 @@ TEST_F(ZelvTv, WrongInputGivesOneClearLineAndTheNextCommandWorks) {
       {"add /Elsewhere b", "error Cannot add data to remote XPath."},
       {"unsub x", "error no subscription x"},
       {"timer soon tea", "error 'soon' is no number of milliseconds; usage: timer MS NAME"},
+      {"set /Zelv[@DeviceId='b']/Devices/LocalTV/Name/text() x",
+       "error Cannot set data on remote XPath."},
+      {"command", "error an argument is missing; usage: command DEVICE XML"},
+      {"command -", "error a value is missing; usage: command DEVICE XML"},
+      {"command - ", "error aCommand parameter is empty!"},
+      {"command 'Living room <A></A>", "error a quote is not closed; usage: command DEVICE XML"},
+      {"command nobody <A></A>", "error no device 'nobody'"},
       {"quit now", "error 'now' is too much; usage: quit"},
   };
   for (auto const& row : rows) {
@@ -211,8 +266,8 @@ TEST_F(ZelvTv, WrongInputGivesOneClearLineAndTheNextCommandWorks) {
 TEST_F(ZelvTv, HelpIsForPeopleAndStillOneWordALine) {
   auto const tv = Start();
   tv->Say("help");
-  for (char const* command :
-       {"get", "set", "add", "sub", "unsub", "devices", "timer", "help", "quit"}) {
+  for (char const* command : {"get", "set", "add", "sub", "unsub", "devices", "command", "timer",
+                              "explain", "stats", "help", "quit"}) {
     EXPECT_THAT(tv->Line(), StartsWith(std::string("help ") + command + " "));
   }
 }
