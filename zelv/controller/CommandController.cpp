@@ -308,13 +308,16 @@ void CommandController::terminateInactiveDeviceQueue(std::list<std::string> cons
   });
 }
 
-// Commands that were given while the address was asked for ask each for themselves. The first
-// answer makes the queue; the others find it and go into it.
+// Commands that were given while the address was asked for ask each for themselves. With the first
+// answer all of them go, so that none given later, which finds a queue, overtakes them.
 void CommandController::onServiceURL(std::string const& aValue,
                                      ContextInformation const* aContext) {
   PCRealDebug::Print(PCRealDebug::Detail,
                      "CommandController::onData() got Remote device service URL: %s",
                      aValue.c_str());
+  if (mPending.dropReleased(aContext)) {
+    return;
+  }
   std::unique_ptr<PendingCommandContext> const command = mPending.take(aContext);
   if (!command) {
     PCRealDebug::Print(PCRealDebug::Error, "CommandController::onData: Context is empty!!!!");
@@ -325,8 +328,16 @@ void CommandController::onServiceURL(std::string const& aValue,
   if (!mQueues.post(command->mDeviceId, text) && !launchQueue(*command, url, text)) {
     return;
   }
-  if (command->mCallback != nullptr) {
-    mCallbacks[command->mCommandId] = command->mCallback;
+  keepCallback(*command);
+  mPending.release(command->mDeviceId, [this](PendingCommandContext const& aLater) {
+    keepCallback(aLater);
+    mQueues.post(aLater.mDeviceId, envelope(aLater.mCommandId, aLater.mCommand));
+  });
+}
+
+void CommandController::keepCallback(PendingCommandContext const& aCommand) {
+  if (aCommand.mCallback != nullptr) {
+    mCallbacks[aCommand.mCommandId] = aCommand.mCallback;
   }
 }
 
@@ -447,6 +458,9 @@ void CommandController::requestURL(GUID const& aCommandId, std::string const& aC
   ContextInformation const* context = nullptr;
   {
     TCAutoLock lock(mLock);
+    if (postToQueue(aCommandId, aCommand, aDeviceId, aCallback)) {
+      return;  // the answer to an earlier one came in between
+    }
     context = mPending.add(std::move(command));
   }
   GUID const transactionId = coreData->requestData("/Zelv/Devices/Mobile[@ID='" + aDeviceId +

@@ -186,6 +186,7 @@ class CommandController : public virtual IAppCommand,
       ZELV_REQUIRES(mLock);
   bool launchQueue(PendingCommandContext const& aCommand, Infrastructure::URL const& aURL,
                    std::string const& aText);
+  void keepCallback(PendingCommandContext const& aCommand) ZELV_REQUIRES(mLock);
 
   void executeLocally(GUID const& aCommandId, std::string const& aCommand,
                       IBaseCommandCallback* aCallback) ZELV_REQUIRES(mLock);

@@ -2,11 +2,13 @@
 
 #include <atomic>
 #include <functional>
+#include <iterator>
 #include <list>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "zelv/controller/CommandController.h"
@@ -117,6 +119,76 @@ TEST_F(RemoteCommands, AskEachWhileTheAddressIsNotKnownAndShareOneQueue) {
   EXPECT_THAT(queues(), ElementsAre("phone"));
   EXPECT_EQ(1, log.countContaining(PCRealDebug::Error, "is launched"));
   EXPECT_EQ(3U, mController->getStatistics().mCallbacks);
+}
+
+TEST_F(RemoteCommands, DoNotOvertakeThoseThatWaitForTheAddress) {
+  Phone phone;
+  GUID const first = mController->executeCommand("<A></A>", "phone", &mCallback);
+  GUID const second = mController->executeCommand("<B></B>", "phone", &mCallback);
+  auto const secondQuestion = mTree.requests.back();
+  mTree.answer(*std::prev(mTree.requests.end(), 2), phone.url());
+  GUID const third = mController->executeCommand("<C></C>", "phone", &mCallback);
+  LogCapture const log;
+  mTree.answer(secondQuestion, phone.url());
+  GUID const fourth = mController->executeCommand("<D></D>", "phone", &mCallback);
+  ASSERT_TRUE(phone.waitFor(4));
+  EXPECT_THAT(phone.texts(),
+              ElementsAre(onTheWire(first, "<A></A>"), onTheWire(second, "<B></B>"),
+                          onTheWire(third, "<C></C>"), onTheWire(fourth, "<D></D>")));
+  EXPECT_EQ(0, log.count(PCRealDebug::Error));
+  EXPECT_EQ(0U, mController->getStatistics().mPendingCommands);
+  EXPECT_EQ(4U, mController->getStatistics().mCallbacks);
+}
+
+TEST_F(RemoteCommands, ThatWentWithTheFirstAnswerAreForgottenWithTheirOwn) {
+  Phone phone;
+  mController->executeCommand("<A></A>", "phone", &mCallback);
+  mController->executeCommand("<B></B>", "phone", &mCallback);
+  mController->executeCommand("<C></C>", "other", &mCallback);
+  auto const ownQuestion = *std::prev(mTree.requests.end(), 2);
+  mTree.answer(*std::prev(mTree.requests.end(), 3), phone.url());
+  EXPECT_EQ(2U, mController->getStatistics().mPendingCommands);
+  LogCapture const log;
+  mController->discardCommandCallback(&mCallback);
+  EXPECT_EQ(3, log.countContaining(PCRealDebug::Detail, "discarding callback for command"));
+  mTree.fail(ownQuestion);
+  EXPECT_EQ(1U, mController->getStatistics().mPendingCommands);
+  ASSERT_TRUE(phone.waitFor(2));
+  EXPECT_EQ(2U, phone.texts().size());
+}
+
+/// While a command asks for the tree, an answer to one before it comes on another thread.
+class CommandsBetween : public RemoteCommands {
+ protected:
+  CommandsBetween() {
+    end();
+    mAdapter.reset(Zelv::Adapter::NetworkAdapter::getInstance());
+    mController = std::make_unique<CommandController>(CommandController::Surroundings{
+        find, [] { return sTimer; },
+        [] { return std::make_unique<Zelv::Controller::DeviceServiceQueue>(); }});
+    start();
+  }
+  ~CommandsBetween() override { sBetween = nullptr; }
+
+  static Zelv::ICoreData* find() {
+    if (sBetween) {
+      std::exchange(sBetween, nullptr)();
+    }
+    return Zelv::Controller::Testing::FakeCoreData::find();
+  }
+
+  static inline std::function<void()> sBetween;
+};
+
+TEST_F(CommandsBetween, GoBehindTheFirstAndBeforeTheNext) {
+  Phone phone;
+  GUID const first = mController->executeCommand("<A></A>", "phone", &mCallback);
+  sBetween = [this, &phone] { answer(urlPath("phone"), phone.url()); };
+  GUID const second = mController->executeCommand("<B></B>", "phone", &mCallback);
+  GUID const third = mController->executeCommand("<C></C>", "phone", &mCallback);
+  ASSERT_TRUE(phone.waitFor(3));
+  EXPECT_THAT(phone.texts(), ElementsAre(onTheWire(first, "<A></A>"), onTheWire(second, "<B></B>"),
+                                         onTheWire(third, "<C></C>")));
 }
 
 TEST_F(RemoteCommands, ReachTheDeviceInOrderAndOnce) {

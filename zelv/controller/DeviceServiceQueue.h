@@ -28,9 +28,9 @@ class DeviceServiceQueue : public virtual PCThread {
  public:
   /// Texts that wait, and their bytes. Beyond either the oldest are dropped, with a line in the
   /// log; the newest one always stays. A device that takes nothing for so long has lost them
-  /// anyway.
-  static constexpr std::size_t MaxTexts = 1000;
-  static constexpr std::size_t MaxBytes = 4 * 1024 * 1024;
+  /// anyway. One that takes its texts may well have thousands given at once, and must get all.
+  static constexpr std::size_t MaxTexts = 16384;
+  static constexpr std::size_t MaxBytes = std::size_t{4} * 1024 * 1024;
 
   static constexpr int MaxAttempts = 3;
 
@@ -56,7 +56,8 @@ class DeviceServiceQueue : public virtual PCThread {
   /// @return false when there is no thread to be had.
   bool initialize(Infrastructure::URL aURL, std::string const& aDeviceID);
 
-  /// Appends a text. False for an empty one.
+  /// Appends a text. False for an empty one. After terminate() it is dropped, as those are that
+  /// wait then.
   bool postCommand(std::string const& aMessage);
 
   /// Takes the first text; empty if there is none.

@@ -7,7 +7,9 @@ namespace Zelv::Controller {
 
 ContextInformation const* PendingCommands::add(std::unique_ptr<PendingCommandContext> aCommand) {
   ContextInformation const* const context = aCommand.get();
-  mEntries[context].mCommand = std::move(aCommand);
+  Entry& entry = mEntries[context];
+  entry.mCommand = std::move(aCommand);
+  entry.mOrder = mOrder++;
   return context;
 }
 
@@ -33,6 +35,28 @@ std::unique_ptr<PendingCommandContext> PendingCommands::take(ContextInformation 
   mEntries.erase(entry);
   dropEarlyFailures();
   return command;
+}
+
+std::vector<PendingCommands::Entry*> PendingCommands::waitingFor(std::string const& aDeviceId) {
+  std::vector<Entry*> entries;
+  for (auto& [context, entry] : mEntries) {
+    if (!entry.mReleased && entry.mCommand->mDeviceId == aDeviceId) {
+      entries.push_back(&entry);
+    }
+  }
+  std::sort(entries.begin(), entries.end(),
+            [](Entry const* aOne, Entry const* aOther) { return aOne->mOrder < aOther->mOrder; });
+  return entries;
+}
+
+bool PendingCommands::dropReleased(ContextInformation const* aCommand) {
+  auto const entry = mEntries.find(aCommand);
+  if (entry == mEntries.end() || !entry->second.mReleased) {
+    return false;
+  }
+  mEntries.erase(entry);
+  dropEarlyFailures();
+  return true;
 }
 
 void PendingCommands::failed(GUID const& aTransactionId) {

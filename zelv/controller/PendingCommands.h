@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "zelv/controller/PendingCommandContext.h"
@@ -29,6 +31,20 @@ class PendingCommands {
   /// The command that an answer came for; null if there is no such command.
   std::unique_ptr<PendingCommandContext> take(ContextInformation const* aCommand);
 
+  /// The address is known: calls aRelease(command) for each that waits for it, in the order of
+  /// coming. What is left of them goes with their own answers.
+  template <typename Release>
+  void release(std::string const& aDeviceId, Release aRelease) {
+    for (Entry* const entry : waitingFor(aDeviceId)) {
+      aRelease(*entry->mCommand);
+      entry->mReleased = true;
+      entry->mCommand->mCallback = nullptr;
+    }
+  }
+
+  /// True for the answer to a command that was released already; nothing is left of it then.
+  bool dropReleased(ContextInformation const* aCommand);
+
   /// A request failed; its command is forgotten. Other identifiers do nothing.
   void failed(GUID const& aTransactionId);
 
@@ -50,13 +66,17 @@ class PendingCommands {
   struct Entry {
     std::unique_ptr<PendingCommandContext> mCommand;
     std::optional<GUID> mTransactionId;  ///< none before asked()
+    std::uint64_t mOrder = 0;            ///< of coming
+    bool mReleased = false;              ///< the pointer is still on its way
   };
 
+  std::vector<Entry*> waitingFor(std::string const& aDeviceId);
   void dropEarlyFailures();
 
   std::map<ContextInformation const*, Entry> mEntries;
   /// Failures that may be of a request that has not returned yet.
   std::vector<GUID> mEarlyFailures;
+  std::uint64_t mOrder = 0;
 };
 
 }  // namespace Zelv::Controller

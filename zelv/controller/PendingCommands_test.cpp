@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace {
@@ -21,8 +22,17 @@ class Callback : public virtual Zelv::IBaseCommandCallback {
 
 class Pending : public testing::Test {
  protected:
-  ContextInformation const* add(GUID const& aId = GUID::createGUID()) {
-    return mCommands.add(std::make_unique<PendingCommandContext>(aId, "<A></A>", "phone", &mOne));
+  ContextInformation const* add(GUID const& aId = GUID::createGUID(),
+                                std::string const& aDeviceId = "phone") {
+    return mCommands.add(std::make_unique<PendingCommandContext>(aId, "<A></A>", aDeviceId, &mOne));
+  }
+
+  std::vector<GUID> release(std::string const& aDeviceId) {
+    std::vector<GUID> ids;
+    mCommands.release(aDeviceId, [&ids](PendingCommandContext const& aCommand) {
+      ids.push_back(aCommand.mCommandId);
+    });
+    return ids;
   }
 
   Callback mOne;
@@ -99,6 +109,37 @@ TEST_F(Pending, StayWhenTheirCallbackIsTakenBack) {
   mCommands.forget(&mOne, note);
   EXPECT_THAT(forgotten, ElementsAre(id));
   EXPECT_EQ(nullptr, mCommands.take(context)->mCallback);
+}
+
+TEST_F(Pending, OfADeviceAreReleasedInTheOrderOfComingAndOnce) {
+  std::vector<GUID> ids;
+  for (int i = 0; i < 20; ++i) {
+    ids.push_back(GUID::createGUID());
+    add(ids.back());
+    add(GUID::createGUID(), "other");
+  }
+  EXPECT_THAT(release("phone"), testing::ElementsAreArray(ids));
+  EXPECT_THAT(release("phone"), ElementsAre());
+  EXPECT_EQ(20U, release("other").size());
+}
+
+TEST_F(Pending, ThatWereReleasedWaitForTheirAnswerOrFailureAlone) {
+  ContextInformation const* const answered = add();
+  ContextInformation const* const failed = add();
+  ContextInformation const* const held = add(GUID::createGUID(), "other");
+  GUID const request = GUID::createGUID();
+  mCommands.asked(failed, request);
+  release("phone");
+  std::vector<GUID> forgotten;
+  mCommands.forget(&mOne, [&](GUID const& aId) { forgotten.push_back(aId); });
+  EXPECT_EQ(1U, forgotten.size());
+  EXPECT_FALSE(mCommands.dropReleased(held));
+  EXPECT_TRUE(mCommands.dropReleased(answered));
+  EXPECT_FALSE(mCommands.dropReleased(answered));
+  EXPECT_EQ(2U, mCommands.size());
+  mCommands.failed(request);
+  EXPECT_EQ(1U, mCommands.size());
+  EXPECT_NE(nullptr, mCommands.take(held));
 }
 
 }  // namespace
