@@ -1,6 +1,8 @@
 #include "bench/Set.h"
 
-#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 
 #include "zelv/interfaces/InterfaceFactory.h"
@@ -10,13 +12,23 @@
 namespace Zelv::Bench {
 
 Set::Set() {
-  std::string name = (std::filesystem::temp_directory_path() / "zelv-bench-XXXXXX").string();
-  if (!mkdtemp(name.data())) {
-    throw std::runtime_error("no temporary directory");
-  }
-  mDirectory = name + "/";
+  start(ZELV_BENCH_FACTORY_FILES);
+}
+
+Set::Set(int aHeartBeatInterval) {
+  std::filesystem::copy(ZELV_BENCH_FACTORY_FILES, mFactoryFiles.path());
+  std::ifstream file(mFactoryFiles.path() + "Devices.xml");
+  std::string text{std::istreambuf_iterator<char>(file), {}};
+  std::string const tag = "<HeartBeatInterval>";
+  std::size_t const from = text.find(tag) + tag.size();
+  text.replace(from, text.find('<', from) - from, std::to_string(aHeartBeatInterval));
+  mFactoryFiles.put("Devices.xml", text);
+  start(mFactoryFiles.path());
+}
+
+void Set::start(std::string const& aFactoryFiles) {
   PCRealDebug::Silence();
-  Platform::Directories::Set(ZELV_BENCH_FACTORY_FILES, mDirectory);
+  Platform::Directories::Set(aFactoryFiles, mDirectory.path());
   if (!InterfaceFactory::initialize()) {
     throw std::runtime_error("the library does not start");
   }
@@ -25,7 +37,6 @@ Set::Set() {
 
 Set::~Set() {
   InterfaceFactory::terminate();
-  std::filesystem::remove_all(mDirectory);
 }
 
 }  // namespace Zelv::Bench

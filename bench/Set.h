@@ -1,8 +1,8 @@
 #pragma once
 
-#include <filesystem>
 #include <string>
 
+#include "bench/TemporaryDirectory.h"
 #include "zelv/interfaces/IAppData.h"
 
 namespace Zelv::Bench {
@@ -11,15 +11,21 @@ namespace Zelv::Bench {
 class Set {
  public:
   Set();
+
+  /// With heartbeats so many seconds apart: of others, too, it takes silence for so long.
+  explicit Set(int aHeartBeatInterval);
   Set(Set const&) = delete;
   Set& operator=(Set const&) = delete;
   ~Set();
 
   IAppData* data() const { return mData; }
-  std::string const& directory() const { return mDirectory; }
+  std::string const& directory() const { return mDirectory.path(); }
 
  private:
-  std::string mDirectory;
+  void start(std::string const& aFactoryFiles);
+
+  TemporaryDirectory mDirectory;
+  TemporaryDirectory mFactoryFiles;
   IAppData* mData = nullptr;
 };
 
