@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "zelv/controller/InsideDelivery.h"
 #include "zelv/platform/TCAutoLock.h"
 
 namespace Zelv::Controller {
@@ -35,6 +36,9 @@ bool CallsUnderWay::isBusyElsewhere(void const* aObject) const {
 }
 
 void CallsUnderWay::waitForEnd(void const* aObject) {
+  if (InsideDelivery::isThisThread()) {
+    return;
+  }
   PCSemaphore ended;
   ended.Create(0);
   for (;;) {

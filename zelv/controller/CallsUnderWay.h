@@ -31,7 +31,8 @@ class CallsUnderWay {
   };
 
   /// Waits until no other thread is inside aObject. The calling thread's own calls do not count: it
-  /// may be told from within to forget the object.
+  /// may be told from within to forget the object. Does not wait inside a delivery of the tree,
+  /// whose lock that other thread may need to get any further.
   void waitForEnd(void const* aObject);
 
  private:

@@ -6,11 +6,13 @@
 #include <thread>
 #include <vector>
 
+#include "zelv/controller/InsideDelivery.h"
 #include "zelv/platform/TestPlatform.h"
 
 namespace {
 
 using Zelv::Controller::CallsUnderWay;
+using Zelv::Controller::InsideDelivery;
 using Zelv::Platform::Testing::Event;
 
 TEST(CallsUnderWay, AreNotWaitedForWhenThereAreNone) {
@@ -53,6 +55,31 @@ TEST(CallsUnderWay, AreWaitedForOnOtherThreads) {
   EXPECT_TRUE(ended);
   waiter.join();
   caller.join();
+}
+
+// The one inside may be waiting for the lock that the delivery holds.
+TEST(CallsUnderWay, AreNotWaitedForInsideADelivery) {
+  CallsUnderWay calls;
+  int object = 0;
+  Event begun;
+  Event mayEnd;
+  bool ended = false;
+  std::thread caller([&] {
+    CallsUnderWay::Call call(calls);
+    call.begin(&object);
+    begun.happen();
+    ended = mayEnd.wait();
+  });
+  ASSERT_TRUE(begun.wait());
+  {
+    InsideDelivery const outer;
+    { InsideDelivery const inner; }
+    calls.waitForEnd(&object);
+  }
+  mayEnd.happen();
+  calls.waitForEnd(&object);
+  caller.join();
+  EXPECT_TRUE(ended) << "before the end of its patience";
 }
 
 TEST(CallsUnderWay, MayBeManyAtATime) {

@@ -6,6 +6,7 @@
 #include <typeinfo>
 #include <utility>
 
+#include "zelv/controller/InsideDelivery.h"
 #include "zelv/controller/TimedCall.h"
 #include "zelv/controller/TimedDeliveries.h"
 #include "zelv/infrastructure/XPath.h"
@@ -32,6 +33,7 @@ ICoreData* findInterface() {
 /// @param aLongest  null when the time is taken elsewhere.
 void tell(IBaseDataCallback& aSubscriber, std::string const& aXPath, std::string const& aValue,
           ContextInformation const* aContext, GUID const& aId, LongestCall* aLongest) {
+  InsideDelivery const delivery;
   try {
     if (aLongest == nullptr) {
       aSubscriber.onData(aXPath, aValue, aContext, aId);

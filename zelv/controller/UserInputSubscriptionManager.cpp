@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <typeinfo>
 
+#include "zelv/controller/InsideDelivery.h"
 #include "zelv/controller/TimedCall.h"
 #include "zelv/platform/PCRealDebug.h"
 #include "zelv/platform/TCAutoLock.h"
@@ -145,7 +146,7 @@ bool UserInputSubscriptionManager::isCalledElsewhere(GUID const& aID) const {
 }
 
 void UserInputSubscriptionManager::waitForCalls(GUID const& aID) {
-  while (isCalledElsewhere(aID)) {
+  while (!InsideDelivery::isThisThread() && isCalledElsewhere(aID)) {
     PCSemaphore ended;
     ended.Create(0);
     mWaiting.push_back(&ended);

@@ -26,7 +26,9 @@ class ZELV_EXPORT IBaseCommand : public virtual IBase {
 
   /// Forgets a callback, with all its commands: when it returns, no return value comes to it any
   /// more. It waits for a call of the callback that is under way on another thread, so the caller
-  /// MUST NOT hold a lock that the callback takes; from within the callback it returns at once.
+  /// MUST NOT hold a lock that the callback takes. From within the callback it returns at once, and
+  /// so it does from within onData() of a change or of an answer from another device, which runs
+  /// under the lock of the tree: there the callback may be running yet when it returns.
   ///
   /// @throws std::invalid_argument "aCallback parameter is NULL!".
   virtual void discardCommandCallback(IBaseCommandCallback* aCallback) = 0;
