@@ -13,6 +13,7 @@
 #include "zelv/platform/fake/FakeClock.h"
 #include "zelv/platform/fake/Fakes.h"
 #include "zelv/platform/fake/LogMatchers.h"
+#include "zelv/platform/fake/OwnNetwork.h"
 
 namespace {
 
@@ -65,6 +66,7 @@ class Queues : public testing::Test {
     }
   }
 
+  Zelv::Platform::Fake::OwnNetwork mNetwork;
   std::unique_ptr<NetworkAdapter> mAdapter;
   Phone mPhone;
   CommandQueues mQueues;

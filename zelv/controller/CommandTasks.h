@@ -13,7 +13,7 @@ namespace Zelv::Controller {
 class CommandTasks {
  public:
   static constexpr std::size_t MaxFromNetwork = 16384;
-  static constexpr std::size_t MaxBytesFromNetwork = 64 * 1024 * 1024;
+  static constexpr std::size_t MaxBytesFromNetwork = std::size_t{64} * 1024 * 1024;
 
   void push(std::unique_ptr<CommandControllerTask> aTask);
 

@@ -51,6 +51,10 @@ bool DeviceServiceQueue::postCommand(std::string const& aMessage) {
     return false;
   }
   TCAutoLock lock(mLock);
+  if (mTerminate) {
+    ++mDropped;  // the thread may be gone, and nobody would take it out
+    return true;
+  }
   std::size_t const dropped = makeRoomFor(aMessage.size());
   mTexts.push_back(aMessage);
   mWaitingBytes += aMessage.size();
