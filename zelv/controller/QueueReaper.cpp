@@ -33,6 +33,13 @@ void QueueReaper::retire(std::unique_ptr<DeviceServiceQueue> aQueue) {
   mSemaphore.Give();
 }
 
+void QueueReaper::resume() {
+  TCAutoLock lock(mLock);
+  if (!mRunning && !mQueues.empty()) {
+    start();
+  }
+}
+
 void QueueReaper::start() {
   mRunning = Create("Quorl - QueueReaper", 4096) != 0;
   if (!mRunning) {

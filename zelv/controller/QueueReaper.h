@@ -29,6 +29,9 @@ class QueueReaper : public virtual PCThread {
   /// thread to be had the queue is kept for drain().
   void retire(std::unique_ptr<DeviceServiceQueue> aQueue);
 
+  /// Tries once more to start the thread, if there was none to be had and queues wait for it.
+  void resume();
+
   /// Waits until all queues taken over are deleted, and ends the thread. MUST NOT be called under a
   /// lock. Queues may be retired again afterwards.
   void drain();

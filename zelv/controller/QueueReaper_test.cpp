@@ -12,6 +12,7 @@
 #include "zelv/platform/fake/FakeLog.h"
 #include "zelv/platform/fake/FakeThreads.h"
 #include "zelv/platform/fake/Fakes.h"
+#include "zelv/platform/fake/OwnNetwork.h"
 
 namespace {
 
@@ -46,6 +47,7 @@ class Reaper : public testing::Test {
     return aReaper.getPending() == 0;
   }
 
+  Zelv::Platform::Fake::OwnNetwork mNetwork;
   std::unique_ptr<NetworkAdapter> mAdapter;
   Phone mPhone{Phone::KeepsSilent};
   std::size_t mBusy = 0;
@@ -109,6 +111,19 @@ TEST_F(Reaper, KeepsQueuesForTheDrainWithoutAThreadAndTriesAgainWithTheNext) {
   EXPECT_EQ(1U, reaper.getPending());
   reaper.drain();
   EXPECT_EQ(0U, reaper.getPending());
+}
+
+TEST_F(Reaper, TriesAgainForAThreadWhenItIsToldTo) {
+  QueueReaper reaper;
+  reaper.resume();
+  EXPECT_EQ(0U, reaper.GetId()) << "there is nothing to do";
+  auto queue = busy();
+  FakeThreads::FailNext(1);
+  reaper.retire(std::move(queue));
+  EXPECT_EQ(1U, reaper.getPending());
+  reaper.resume();
+  reaper.resume();
+  EXPECT_TRUE(emptied(reaper));
 }
 
 TEST_F(Reaper, TakesQueuesUnderALockThatOthersWaitFor) {

@@ -20,6 +20,11 @@ constexpr std::int64_t cSweepMs = 60'000;
 
 }  // namespace
 
+RemoteDeviceQueues::RemoteDeviceQueues()
+    : RemoteDeviceQueues([](DeviceServiceQueue& aQueue) { return aQueue.terminate(); }) {}
+
+RemoteDeviceQueues::RemoteDeviceQueues(Terminate aTerminate) : mTerminate(aTerminate) {}
+
 bool RemoteDeviceQueues::post(std::string const& aMessage, URL const& aURL,
                               std::string const& aDeviceID) {
   std::string const key = aURL.toString();
@@ -63,6 +68,7 @@ bool RemoteDeviceQueues::makeRoom() {
     PCRealDebug::Print(PCRealDebug::Warning,
                        "RemoteDataController::sendToDeviceServiceQueue: Too many queues are "
                        "ending, no new one.");
+    mReaper.resume();
     return false;
   }
   if (mQueues.size() < cQueues) {
@@ -92,6 +98,14 @@ void RemoteDeviceQueues::sweepIdle() {
                       now - queue->second->getLastActivity() >= cIdleMs;
     queue = idle ? letGo(queue) : std::next(queue);
   }
+}
+
+RemoteDeviceQueues::Queues::iterator RemoteDeviceQueues::end(Queues::iterator aQueue,
+                                                             char const* aFailure) {
+  if (!mTerminate(*aQueue->second)) {
+    PCRealDebug::Print(PCRealDebug::Error, "%s", aFailure);
+  }
+  return letGo(aQueue);
 }
 
 RemoteDeviceQueues::Queues::iterator RemoteDeviceQueues::letGo(Queues::iterator aQueue) {
@@ -131,12 +145,9 @@ void RemoteDeviceQueues::terminateInactive(std::list<std::string> const& aOnline
                        "RemoteDataController::terminateInactiveDeviceQueue: Device ID: '%s', not "
                        "present in the updated list.",
                        deviceId.c_str());
-    if (!queue->second->terminate()) {
-      PCRealDebug::Print(PCRealDebug::Error,
-                         "RemoteDataController::terminateInactiveDeviceQueue: Device Service Queue "
-                         "termination failed.");
-    }
-    queue = letGo(queue);
+    queue = end(queue,
+                "RemoteDataController::terminateInactiveDeviceQueue: Device Service Queue "
+                "termination failed.");
   }
 }
 
@@ -146,12 +157,9 @@ void RemoteDeviceQueues::removeAll() {
     PCRealDebug::Print(PCRealDebug::Detail,
                        "RemoteDataController::removeAllRemoteDeviceService: Remote Device List "
                        "empty, remove everything.");
-    if (!queue->second->terminate()) {
-      PCRealDebug::Print(PCRealDebug::Error,
-                         "RemoteDataController::removeAllRemoteDeviceService: Device Service Queue "
-                         "termination failed.");
-    }
-    queue = letGo(queue);
+    queue = end(queue,
+                "RemoteDataController::removeAllRemoteDeviceService: Device Service Queue "
+                "termination failed.");
   }
 }
 
@@ -162,12 +170,8 @@ void RemoteDeviceQueues::terminate() {
     PCRealDebug::Print(PCRealDebug::Detail,
                        "RemoteDataController::terminate: terminate all Device Service Queue.");
     for (auto queue = mQueues.begin(); queue != mQueues.end();) {
-      if (!queue->second->terminate()) {
-        PCRealDebug::Print(
-            PCRealDebug::Error,
-            "RemoteDataController::terminate: Device Service Queue termination failed.");
-      }
-      queue = letGo(queue);
+      queue =
+          end(queue, "RemoteDataController::terminate: Device Service Queue termination failed.");
     }
   }
   // The queues send through the network adapter, which goes soon after.

@@ -29,6 +29,14 @@ class RemoteDeviceQueues {
   /// A queue without a device ID leaves with no device. It goes when it was idle for so long.
   static constexpr std::int64_t cIdleMs = 600'000;
 
+  /// Tells a queue to end; false if that failed, which is logged.
+  using Terminate = bool (*)(DeviceServiceQueue& aQueue);
+
+  RemoteDeviceQueues();
+
+  /// With another way of telling them.
+  explicit RemoteDeviceQueues(Terminate aTerminate);
+
   struct State {
     std::string deviceId;
     DeviceServiceQueue::Counters counters;
@@ -65,9 +73,12 @@ class RemoteDeviceQueues {
                            std::string const& aDeviceID) ZELV_REQUIRES(mLock);
   bool makeRoom() ZELV_REQUIRES(mLock);
   void sweepIdle() ZELV_REQUIRES(mLock);
+  /// Ends one. aFailure is what is said when it could not be told to.
+  Queues::iterator end(Queues::iterator aQueue, char const* aFailure) ZELV_REQUIRES(mLock);
   Queues::iterator letGo(Queues::iterator aQueue) ZELV_REQUIRES(mLock);
 
-  // Declared first: queues are let go until the end.
+  Terminate const mTerminate;
+  // Declared before the queues, which are let go until the end.
   QueueReaper mReaper;
   mutable PCMutex mLock;
   Queues mQueues ZELV_GUARDED_BY(mLock);

@@ -3,8 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include "zelv/adapter/NetworkAdapter.h"
 #include "zelv/controller/testing/RawDevice.h"
@@ -143,6 +145,58 @@ TEST_F(RemoteDeviceQueuesTest, LeaveAllTogether) {
                       "empty, remove everything."),
             2);
   EXPECT_TRUE(queues->post("a", nowhere(1), "one"));
+}
+
+TEST_F(RemoteDeviceQueuesTest, GoAlthoughTheyCouldNotBeToldTo) {
+  queues = std::make_unique<RemoteDeviceQueues>([](DeviceServiceQueue&) { return false; });
+  queues->post("a", nowhere(1), "one");
+  queues->terminateInactive({"two"});
+  EXPECT_THAT(log, Logged(PCRealDebug::Error,
+                          "RemoteDataController::terminateInactiveDeviceQueue: Device Service "
+                          "Queue termination failed."));
+  queues->post("a", nowhere(1), "one");
+  queues->removeAll();
+  EXPECT_THAT(log, Logged(PCRealDebug::Error,
+                          "RemoteDataController::removeAllRemoteDeviceService: Device Service "
+                          "Queue termination failed."));
+  queues->post("a", nowhere(1), "one");
+  queues->terminate();
+  EXPECT_THAT(log,
+              Logged(PCRealDebug::Error,
+                     "RemoteDataController::terminate: Device Service Queue termination failed."));
+  EXPECT_EQ(queues->size(), 0U);
+  EXPECT_EQ(queues->getPending(), 0U);
+}
+
+TEST_F(RemoteDeviceQueuesTest, AreMadeNoMoreWhileTooManyHaveNotEnded) {
+  auto const fill = [this](std::size_t aCount) {
+    for (std::size_t index = 0; index < aCount; ++index) {
+      EXPECT_TRUE(queues->post("a", nowhere(static_cast<int>(index) + 1), "phone"));
+    }
+  };
+  auto const letGoWithoutAThread = [this] {
+    FakeThreads::FailNext(static_cast<int>(RemoteDeviceQueues::cPending));
+    queues->removeAll();
+    FakeThreads::Reset();
+  };
+  fill(RemoteDeviceQueues::cPending - 1);
+  letGoWithoutAThread();
+  EXPECT_EQ(queues->getPending(), RemoteDeviceQueues::cPending - 1);
+  fill(1);
+  letGoWithoutAThread();
+  EXPECT_EQ(queues->getPending(), RemoteDeviceQueues::cPending);
+  EXPECT_FALSE(queues->post("a", nowhere(1), "phone"));
+  EXPECT_EQ(queues->size(), 0U);
+  EXPECT_THAT(log, Logged(PCRealDebug::Warning,
+                          "RemoteDataController::sendToDeviceServiceQueue: Too many queues are "
+                          "ending, no new one."));
+  // They end as soon as there is a thread for it again.
+  ASSERT_TRUE(log.waitFor(PCRealDebug::Trace, "QueueReaper::t_Main: Entry."));
+  auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (queues->getPending() > 0 && std::chrono::steady_clock::now() < end) {
+    std::this_thread::yield();
+  }
+  EXPECT_TRUE(queues->post("a", nowhere(1), "phone"));
 }
 
 TEST_F(RemoteDeviceQueuesTest, EndWhileDevicesKeepThemWaiting) {
