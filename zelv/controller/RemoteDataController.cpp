@@ -51,10 +51,10 @@ RemoteDataController::RemoteDataController(DataController* aOwner)
     : RemoteDataController(aOwner, findInterface) {}
 
 RemoteDataController::RemoteDataController(DataController* aOwner, FindCoreData aFindCoreData)
-    : mOwner(aOwner),
-      mFindCoreData(aFindCoreData),
+    : mServiceHandle(GUID::nullGUID),
       mLocalDeviceTransaction(GUID::nullGUID),
-      mServiceHandle(GUID::nullGUID) {}
+      mOwner(aOwner),
+      mFindCoreData(aFindCoreData) {}
 
 RemoteDataController::~RemoteDataController() {
   TraceScope trace("RemoteDataController::~RemoteDataController");
@@ -420,6 +420,10 @@ void RemoteDataController::handleSetData(RemoteDataReader& aMessage, ICoreData& 
   }
   std::optional<std::string> const value = aMessage.newValue();
   if (value && !isBusy()) {
+    // Anybody may write. Whoever looks for a change that nobody wanted finds it here.
+    PCRealDebug::Print(PCRealDebug::Notable,
+                       "RemoteDataController::onMessage: '%s' is set by device '%s'.",
+                       path->c_str(), aMessage.senderId().c_str());
     aCoreData.setData(*path, *value, this, true);
   }
 }

@@ -118,18 +118,17 @@ class RemoteDataController : public virtual RemoteDataHandler,
 
   void takeBack(RemoteDataSubscriptionContext const& aContext, ICoreData& aCoreData);
 
-  DataController* const mOwner;
-  FindCoreData const mFindCoreData;
+  std::unique_ptr<Infrastructure::URL> mServiceUrl ZELV_GUARDED_BY(mServiceLock);
+  GUID mServiceHandle ZELV_GUARDED_BY(mServiceLock);
   /// Set before the data worker runs.
   GUID mLocalDeviceTransaction;
   RemoteDataMessages mMessages;
+  DataController* const mOwner;
   RemoteDataContexts mContexts;
   RemoteDeviceQueues mQueues;
-
   PCMutex mServiceLock;
-  std::unique_ptr<Infrastructure::URL> mServiceUrl ZELV_GUARDED_BY(mServiceLock);
-  GUID mServiceHandle ZELV_GUARDED_BY(mServiceLock);
   bool mTerminated ZELV_GUARDED_BY(mServiceLock) = false;
+  FindCoreData const mFindCoreData;
 };
 
 }  // namespace Zelv::Controller

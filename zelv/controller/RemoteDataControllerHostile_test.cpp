@@ -102,6 +102,8 @@ TEST_F(StrangersAtRemoteData, SendPathsThatAreDroppedWithALine) {
 
 TEST_F(StrangersAtRemoteData, SendAPathWithALineFeed) {
   hear(device->requestData(cOther, "/Zelv/A<![CDATA[\n]]>"));
+  EXPECT_THAT(log, Logged(PCRealDebug::Error,
+                          "RemoteDataController::onMessage: Exception: Invalid XPath."));
   hear(device->subscribeData(cOther, "<![CDATA[/Zelv/A]]>"));
   EXPECT_EQ(node->remote->getContexts().size(), 0U);
   expectService();
@@ -197,16 +199,19 @@ TEST_F(StrangersAtRemoteData, WantTheirAnswersWhereNobodyIs) {
 }
 
 TEST_F(StrangersAtRemoteData, WantTheirAnswersWhereNobodyReads) {
-  std::vector<std::unique_ptr<RawDevice>> silent;
-  for (int index = 0; index < 20; ++index) {
-    silent.push_back(std::make_unique<RawDevice>());
-    device->notifyTo = silent.back()->url();
+  // One that the kernel lets in so many to, while the others knock without end.
+  RawDevice const silent;
+  for (int index = 0; index < 500; ++index) {
+    device->notifyTo = silent.url() + std::to_string(index);
     hear(device->subscribeData(cOther, "/Zelv/A"));
   }
   node->drain();
+  EXPECT_EQ(node->remote->getQueues().size(), RemoteDeviceQueues::cQueues);
   device->notifyTo = device->url();
   expectService();
-  // Those that are not there any more hold up neither a change nor the end.
+  // They hold up neither a change nor the end.
+  node->change("/Zelv/A", "one");
+  expectService();
   node->mobiles("other");
   EXPECT_EQ(node->remote->getQueues().size(), 0U);
   node->stop();

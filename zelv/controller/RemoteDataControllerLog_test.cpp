@@ -139,6 +139,8 @@ INSTANTIATE_TEST_SUITE_P(
              hearsWithId("UnsubscribeData", "SubscriptionId", cGuid)},
         Line{Level::Notable, "RemoteDataController::onMessage: Received SetData.",
              hears(RawDevice::setData("/Zelv/A", "x"))},
+        Line{Level::Notable, "RemoteDataController::onMessage: '/Zelv/A' is set by device 'phone'.",
+             hears(RawDevice::setData("/Zelv/A", "x"))},
         Line{Level::Error, "RemoteDataController::onMessage: SubscriptionId 'x' is not a GUID.",
              hearsWithId("OnData", "SubscriptionId", "x")},
         Line{Level::Error, "RemoteDataController::onMessage: TransactionId '' is not a GUID.",
@@ -249,6 +251,12 @@ TEST_F(RemoteDataLog, ShowsTheArgumentsAsDetails) {
   EXPECT_TRUE(
       log.hasContaining(Level::Detail, "RemoteDataController::sendSubscribeData: service='" +
                                            device->url() + "', subscription='" + cGuid));
+}
+
+TEST_F(RemoteDataLog, TellsOfWhateverAMessageThrew) {
+  RemoteDataController remote(&node->controller, []() -> ICoreData* { throw 1; });
+  EXPECT_NO_THROW(remote.onMessage("<a/>", ""));
+  EXPECT_THAT(log, Logged(Level::Error, "RemoteDataController::onMessage: Unknown exception."));
 }
 
 TEST_F(RemoteDataLog, NamesTheThreadOfANewQueueAsAnError) {
