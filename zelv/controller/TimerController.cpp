@@ -5,6 +5,7 @@
 #include <typeinfo>
 #include <utility>
 
+#include "zelv/controller/InsideDelivery.h"
 #include "zelv/controller/TimedCall.h"
 #include "zelv/interfaces/StatusInformation.h"
 #include "zelv/platform/PCRealDebug.h"
@@ -173,8 +174,11 @@ void TimerController::destroyTimer(GUID const& aTimerID, IBaseTimerCallback* aCa
     reportUnknown(aCallback, aTimerID);
     return;
   }
-  // Waits for an alarm that went off but has not looked into the table yet.
-  timer->stop();
+  // Waits for an alarm that went off but has not looked into the table yet. Inside a delivery the
+  // callback may be running, and need the lock that the delivery holds: it is left alone.
+  if (!InsideDelivery::isThisThread() || !timer->isTriggered()) {
+    timer->stop();
+  }
   std::string const id = textForDetail(aTimerID);
   PCRealDebug::Print(PCRealDebug::Detail, "TimerController::destroyTimer: Timer '%s' stopped.",
                      id.c_str());
@@ -223,7 +227,8 @@ TimerController::Table::iterator TimerController::findIdle(GUID const& aTimerID)
       return entry;
     }
     std::thread::id const runner = entry->second.runner;
-    if (runner == std::thread::id() || runner == std::this_thread::get_id()) {
+    if (runner == std::thread::id() || runner == std::this_thread::get_id() ||
+        InsideDelivery::isThisThread()) {
       return entry;
     }
     PCSemaphore ended;

@@ -61,15 +61,15 @@ class TimerController : public virtual IAppTimer, public virtual ICoreTimer {
 
   using Table = std::map<GUID, TimerData>;
 
-  /// The timer's entry, once its callback runs on no thread but this one; the table's end when it
-  /// is not there. Lets go of the lock while it waits.
+  /// The timer's entry, once its callback runs on no thread but this one, inside a delivery of the
+  /// tree at once; the table's end when it is not there. Lets go of the lock while it waits.
   Table::iterator findIdle(GUID const& aTimerID) ZELV_REQUIRES(mMutex);
   void wakeWaiting() ZELV_REQUIRES(mMutex);
 
   /// Null when there is no such timer.
   std::unique_ptr<Timer> takeOut(GUID const& aTimerID);
 
-  /// False when the timer's own callback still runs: its end deletes the timer then.
+  /// False when the timer's callback still runs: its end deletes the timer then.
   bool deleteOrMark(std::unique_ptr<Timer> aTimer);
 
   Table mTimers ZELV_GUARDED_BY(mMutex);

@@ -11,6 +11,7 @@
 #include <thread>
 #include <vector>
 
+#include "zelv/controller/InsideDelivery.h"
 #include "zelv/controller/TimerController.h"
 #include "zelv/platform/fake/FakeAlarm.h"
 #include "zelv/platform/fake/FakeClock.h"
@@ -92,6 +93,24 @@ TEST_F(TimerControllerThreads, DestroyOnAnotherThreadReturnsWhenTheCallbackIsDon
   destroyer.join();
   alarm.join();
   EXPECT_TRUE(finishedBefore);
+  EXPECT_EQ(FakeAlarm::Created(), 0);
+  EXPECT_EQ(mCallback.statuses, 0);
+  FakeClock::Advance(100);
+}
+
+// The callback may be waiting for the lock under which the delivery of the tree runs.
+TEST_F(TimerControllerThreads, DestroyInsideADeliveryOfTheTreeWaitsForNobody) {
+  GUID const id = mController.createTimer(10, -1, "t", &mCallback);
+  std::jthread alarm = goOff();
+  {
+    InsideDelivery const delivery;
+    mController.destroyTimer(id, &mCallback);
+  }
+  EXPECT_FALSE(mCallback.finished);
+  EXPECT_EQ(FakeAlarm::Created(), 1);
+  mCallback.go.release();
+  alarm.join();
+  EXPECT_TRUE(mCallback.finished);
   EXPECT_EQ(FakeAlarm::Created(), 0);
   EXPECT_EQ(mCallback.statuses, 0);
   FakeClock::Advance(100);

@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "zelv/controller/InsideDelivery.h"
 #include "zelv/controller/UserInputSubscriptionManager.h"
 #include "zelv/controller/testing/RecordingUserCallback.h"
 #include "zelv/platform/fake/FakeLog.h"
@@ -108,6 +109,19 @@ TEST_F(UserInputSubscriptionThreads, RemovalWaitsAlsoForACallThatHasEndedItsOwnS
   remover.join();
   delivery.join();
   EXPECT_TRUE(finishedBefore);
+}
+
+// The subscriber may be waiting for the lock under which the delivery of the tree runs.
+TEST_F(UserInputSubscriptionThreads, RemovalInsideADeliveryOfTheTreeWaitsForNobody) {
+  std::jthread delivery = deliver();
+  {
+    InsideDelivery const inside;
+    EXPECT_EQ(manager.removeSubscription(id), id);
+  }
+  EXPECT_FALSE(gated->finished);
+  gated->go.release();
+  delivery.join();
+  EXPECT_TRUE(gated->finished);
 }
 
 TEST_F(UserInputSubscriptionThreads, AllWhoRemoveOneWaitAndOneSucceeds) {

@@ -26,7 +26,9 @@ class ZELV_EXPORT IBaseTimer : public virtual IBase {
   /// goes when onTimer() returns.
   ///
   /// On another thread it waits for a running onTimer() of this timer, so the caller MUST NOT hold
-  /// a lock that onTimer() takes.
+  /// a lock that onTimer() takes. From within onData() of a change or of an answer from another
+  /// device, which runs under the lock of the tree, it waits for nobody: there onTimer() may be
+  /// running yet when it returns, for the last time.
   ///
   /// @param aCallback  for an unknown id, receives onStatus() with an empty text and aTimerID, on
   ///                   the calling thread; may be null. Not used otherwise.

@@ -19,7 +19,9 @@ class ZELV_EXPORT IBaseUser : public virtual IBase {
 
   /// Ends a subscription. When it returns, its callback is not being called on another thread and
   /// will not be called any more. An unknown id is only logged. May be called from within
-  /// onUserInput(), that of the subscription itself included; it then returns at once.
+  /// onUserInput(), that of the subscription itself included; it then returns at once. So it does
+  /// from within onData() of a change or of an answer from another device, which runs under the
+  /// lock of the tree: there the callback may be running yet when it returns.
   virtual void unsubscribeUser(GUID aSubscriptionID) = 0;
 
   ~IBaseUser() override;
