@@ -204,7 +204,6 @@ class CommandController : public virtual IAppCommand,
   void queueTask(std::unique_ptr<CommandControllerTask> aTask) ZELV_REQUIRES(mLock);
   void endThread();
 
-  Surroundings const mSurroundings;
   std::map<std::string, CommandHandlerRegistration> mHandlers ZELV_GUARDED_BY(mLock);
   std::map<GUID, IBaseCommandCallback*> mCallbacks ZELV_GUARDED_BY(mLock);
   SeenMessages mSeenMessages ZELV_GUARDED_BY(mLock);
@@ -229,6 +228,7 @@ class CommandController : public virtual IAppCommand,
   bool mAnswersAdmitted ZELV_GUARDED_BY(mLock) = false;
   std::vector<EarlyAnswer> mEarlyAnswers ZELV_GUARDED_BY(mLock);
   PendingCommands mPending ZELV_GUARDED_BY(mLock);
+  Surroundings const mSurroundings;
   CallsUnderWay mCalls;
   Adapter::SendCancel mReturns;
   LongestCall mLongestCallback;

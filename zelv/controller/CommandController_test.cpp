@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "zelv/controller/InsideDelivery.h"
 #include "zelv/controller/testing/CommandTrial.h"
 #include "zelv/platform/TestPlatform.h"
 #include "zelv/platform/fake/FakeClock.h"
@@ -150,6 +151,32 @@ TEST_F(Commands, AreExecutedOnceTheIdentityIsKnown) {
                                                            "mLocalDeviceId='") +
                                                    cSelf + "'"));
   EXPECT_TRUE(handler.waitFor(1));
+}
+
+/// Its thread ends at once, with a line that has its name.
+class FailingController : public CommandController {
+ public:
+  using CommandController::CommandController;
+  void t_Main() override { throw std::runtime_error("failed"); }
+};
+
+TEST_F(Commands, AreExecutedOnAThreadWithAName) {
+  FailingController controller(CommandController::Surroundings{
+      Zelv::Controller::Testing::FakeCoreData::find, [] { return sTimer; }, nullptr});
+  controller.initialize();
+  LogCapture const log;
+  answer(cIdentityPath, cSelf);
+  EXPECT_TRUE(log.waitFor(PCRealDebug::Error,
+                          "PCThread::t_Main: thread 'Quorl - CommandController::onData' ended by "
+                          "exception 'failed'"));
+}
+
+TEST_F(Commands, ShowTheLifeOfTheirThread) {
+  LogCapture const log;
+  start();
+  EXPECT_TRUE(log.waitFor(PCRealDebug::Trace, "CommandController::processTasks: Entry."));
+  mController->terminate();
+  EXPECT_TRUE(log.waitFor(PCRealDebug::Trace, "CommandController::processTasks: Exit."));
 }
 
 TEST_F(Commands, TellWhenThereIsNoThreadToBeHad) {
@@ -460,6 +487,31 @@ TEST_F(Commands, DiscardACallbackOnlyWhenNobodyIsInsideIt) {
   EXPECT_TRUE(left);
   callback.reset();
   leaver.join();
+}
+
+// A callback that uses the tree may be waiting for the lock under which the delivery runs.
+TEST_F(Commands, AreNotWaitedForInsideADeliveryOfTheTree) {
+  start();
+  CommandHandler handler([](auto const&, auto const&) { return "value"; });
+  GUID const handle = mController->registerCommandHandler("A", &handler);
+  Event inside;
+  Event mayLeave;
+  std::atomic<bool> left{false};
+  CommandCallback callback([&](auto const&) {
+    inside.happen();
+    left = mayLeave.wait();
+  });
+  mController->executeCommand("<A></A>", "", &callback);
+  ASSERT_TRUE(inside.wait());
+  {
+    Zelv::Controller::InsideDelivery const delivery;
+    mController->discardCommandCallback(&callback);
+    mController->unregisterCommandHandler(handle);
+  }
+  EXPECT_FALSE(left);
+  mayLeave.happen();
+  settle();
+  EXPECT_TRUE(left);
 }
 
 TEST_F(Commands, LetACallbackDiscardItself) {

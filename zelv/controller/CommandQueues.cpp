@@ -9,6 +9,11 @@
 
 namespace Zelv::Controller {
 
+CommandQueues::CommandQueues()
+    : CommandQueues([](DeviceServiceQueue& aQueue) { return aQueue.terminate(); }) {}
+
+CommandQueues::CommandQueues(Terminate aTerminate) : mTerminate(aTerminate) {}
+
 bool CommandQueues::has(std::string const& aDeviceId) const {
   TCAutoLock lock(mLock);
   return mQueues.contains(aDeviceId);
@@ -52,7 +57,7 @@ void CommandQueues::retire(std::unique_ptr<DeviceServiceQueue> aQueue) {
   if (!aQueue) {
     return;
   }
-  if (!aQueue->terminate()) {
+  if (!mTerminate(*aQueue)) {
     PCRealDebug::Print(PCRealDebug::Error,
                        "CommandController::terminate: Device Service Queue termination failed.");
   }

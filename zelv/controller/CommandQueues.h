@@ -25,6 +25,14 @@ class CommandQueues {
     std::string mURL;
   };
 
+  /// Tells a queue to end; false if that failed, which is logged.
+  using Terminate = bool (*)(DeviceServiceQueue& aQueue);
+
+  CommandQueues();
+
+  /// With another way of telling them.
+  explicit CommandQueues(Terminate aTerminate);
+
   bool has(std::string const& aDeviceId) const;
 
   /// False when there is no queue for the device.
@@ -62,6 +70,7 @@ class CommandQueues {
   mutable PCMutex mLock;
   Queues mQueues ZELV_GUARDED_BY(mLock);
   QueueReaper mReaper;
+  Terminate const mTerminate;
 };
 
 }  // namespace Zelv::Controller

@@ -103,6 +103,18 @@ TEST_F(Queues, LetThoseOfOtherDevicesGo) {
   EXPECT_THAT(devices(), ElementsAre());
 }
 
+TEST_F(Queues, GoAlthoughTheyCouldNotBeToldTo) {
+  CommandQueues queues([](DeviceServiceQueue&) { return false; });
+  queues.add("a", queueTo(mPhone), "text");
+  LogCapture const log;
+  queues.removeAll();
+  queues.drain();
+  EXPECT_THAT(log, Logged(PCRealDebug::Error,
+                          "CommandController::terminate: Device Service Queue termination "
+                          "failed."));
+  EXPECT_FALSE(queues.has("a"));
+}
+
 TEST_F(Queues, LetTheLongestIdleGiveWayToOneTooMany) {
   for (std::size_t i = 0; i < CommandQueues::MaxQueues; ++i) {
     mQueues.add(std::to_string(i), queueTo(mPhone), "text");

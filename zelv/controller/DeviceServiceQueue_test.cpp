@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -328,6 +329,21 @@ TEST_F(Queue, TellsWhatItServesOnceItIsStarted) {
   EXPECT_EQ(static_cast<int>(queue.GetId()), queue.getThreadID());
   EXPECT_EQ("tcp://192.0.2.7:4448/", queue.getServiceURL().toString());
   EXPECT_EQ("the phone", queue.getDeviceID());
+}
+
+/// Its thread ends at once, with a line that has its name.
+class FailingQueue : public DeviceServiceQueue {
+ public:
+  void t_Main() override { throw std::runtime_error("failed"); }
+};
+
+TEST_F(Queue, NamesItsThread) {
+  LogCapture const log;
+  FailingQueue queue;
+  ASSERT_TRUE(queue.initialize(URL("tcp://192.0.2.7:4448/"), "phone"));
+  EXPECT_TRUE(log.waitFor(PCRealDebug::Error,
+                          "PCThread::t_Main: thread 'Quorl - DeviceServiceQueue::initialize' ended "
+                          "by exception 'failed'"));
 }
 
 TEST_F(Queue, DoesNotStartWithoutAThread) {
