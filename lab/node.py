@@ -78,6 +78,12 @@ class Node:
         finally:
             os.close(prompt)
 
+    def say_all(self, lines):
+        """Many lines at once; waits while the prompt is full."""
+        with open(self.path("prompt"), "wb") as prompt:
+            for line in lines:
+                prompt.write(line.encode() + b"\n")
+
     def read(self, name="out"):
         """What it has printed: "out", or "log" for the other stream."""
         try:
