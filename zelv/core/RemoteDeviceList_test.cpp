@@ -49,6 +49,25 @@ TEST_F(RemoteDeviceListTest, IsEmptyAtFirst) {
   EXPECT_EQ(read("/Devices"), "<Devices/>");
 }
 
+TEST_F(RemoteDeviceListTest, TellsWhatItKnowsOfEachDevice) {
+  EXPECT_TRUE(devices.all().empty());
+  EXPECT_FALSE(devices.find("a"));
+  add(Texts::hello("MOBILE", "a", "Phone"), 1000);
+  add(Texts::hello("TV", "b", "Set"), 1001);
+  devices.stamp("a", 1002);
+  std::vector<RemoteDevice> const all = devices.all();
+  ASSERT_EQ(all.size(), 2U);
+  EXPECT_EQ(all[0].type, "TV");
+  EXPECT_EQ(all[0].id, "b");
+  EXPECT_EQ(all[0].name, "Set");
+  EXPECT_EQ(all[0].stamp, 1001);
+  EXPECT_EQ(all[1].type, "MOBILE");
+  EXPECT_EQ(all[1].id, "a");
+  EXPECT_EQ(all[1].name, "Phone");
+  EXPECT_EQ(all[1].stamp, 1002);
+  EXPECT_FALSE(devices.find("b' or '1'='1"));
+}
+
 TEST_F(RemoteDeviceListTest, KeepsATelevisionByteByByte) {
   EXPECT_TRUE(add(Texts::hello("TV", "a", "Set")));
   EXPECT_EQ(read("/Devices"),

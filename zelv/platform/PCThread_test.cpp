@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <memory>
@@ -339,6 +340,28 @@ TEST(PCThread, RunsManyThreadsAtATime) {
     event->happen();
   }
   threads.clear();
+}
+
+TEST(PCThread, TellsTheNamesOfThoseThatRun) {
+  auto const running = [](std::string const& aName) {
+    std::vector<std::string> const names = PCThread::Running();
+    return std::count(names.begin(), names.end(), aName);
+  };
+  Event entered;
+  Event goOn;
+  FunctionThread thread([&] {
+    entered.happen();
+    EXPECT_TRUE(goOn.wait());
+  });
+  EXPECT_EQ(running("Quorl - a name of more than 15 characters"), 0);
+  ASSERT_NE(0, thread.Create("Quorl - a name of more than 15 characters", 4096));
+  EXPECT_TRUE(entered.wait());
+  EXPECT_EQ(running("Quorl - a name of more than 15 characters"), 1);
+  goOn.happen();
+  thread.Destroy();
+  EXPECT_EQ(running("Quorl - a name of more than 15 characters"), 0);
+  PCThread::ReleaseParked();
+  EXPECT_EQ(PCThread::Parked(), 0U);
 }
 
 TEST(PCThread, MayReleaseParkedThreadsWhileOthersRun) {
