@@ -5,13 +5,12 @@
 #include <stdexcept>
 
 #include "zelv/adapter/NetworkAdapter.h"
-#include "zelv/adapter/NetworkConnection.h"
+#include "zelv/adapter/OneHost.h"
 #include "zelv/core/DiscoveryMessages.h"
 #include "zelv/core/MultiDevice.h"
 #include "zelv/infrastructure/MultiString.h"
 #include "zelv/infrastructure/XPathGate.h"
 #include "zelv/interfaces/InterfaceFactory.h"
-#include "zelv/platform/CCmSocket.h"
 #include "zelv/platform/PCRealDebug.h"
 #include "zelv/platform/PCTime.h"
 #include "zelv/platform/TCAutoLock.h"
@@ -37,22 +36,10 @@ std::string read(HierarchicalDB& aDocument, std::string const& aXPath) {
   return result;
 }
 
-/// Answers go to one host. Sent to a group or to nowhere in particular they would be multiplied, by
-/// the network or by this set, which hears what it sends to 0.0.0.0. A number has many spellings.
-bool isOneHost(URL const& aUrl) {
-  using Adapter::NetworkConnection;
-  std::string const domain = aUrl.getDomainName();
-  std::string const address =
-      CCmSocket::AddressValueToString(CCmSocket::StringToNumeric(domain.c_str()));
-  return !NetworkConnection::isMulticastAddress(domain) &&
-         !NetworkConnection::isMulticastAddress(address) && domain != "255.255.255.255" &&
-         address != "0.0.0.0";
-}
-
 std::optional<URL> addressOfOneHost(std::string const& aText) {
   try {
     URL const url(aText);
-    return isOneHost(url) ? std::optional(url) : std::nullopt;
+    return Adapter::isOneHost(url) ? std::optional(url) : std::nullopt;
   } catch (std::exception const&) {
     return {};
   }
