@@ -74,6 +74,10 @@ class DiscoveryTest : public ::testing::Test {
     set.directories.putReadOnly("Devices.xml", devices(aSettings));
     core = SmallSet::start();
     ASSERT_NE(core, nullptr) << set.log.dump();
+    // The last of the set's own services: what sockets do from now on is discovery's doing. They
+    // wait for the address, which is asked for behind the identity.
+    EXPECT_TRUE(set.log.waitFor(PCRealDebug::Trace, "UserController::onData: Exit.",
+                                aSettings.address.empty() ? 1 : 2));
     device = std::make_unique<Core::MultiDevice>();
     // The running set has put its product code there, which is none.
     device->getDeviceData()->setContent("/Devices/LocalTV/Model/text()", "M1", false);
