@@ -16,10 +16,10 @@ def blocks(kind):
 
 
 def exchanges():
-    """Each line that is typed, with the answer, wrapped lines joined."""
+    """Each line that is typed or printed, with the answer, wrapped lines joined."""
     found = []
     for line in "".join(blocks("console")).splitlines():
-        if line.startswith(("$ ", "> ")):
+        if line.startswith(("$ ", "> ", "< ")):
             found.append([line, ""])
         else:
             found[-1][1] += line
@@ -33,9 +33,12 @@ class Protocol(homecase.OneSetCase):
         super().setUp()
         self.speaker.close()  # its port is the one that the page listens at
         self.prelude = blocks("sh")[0]
-        phone = re.search(r"PHONE=(\S+)", self.prelude).group(1)
+        phone, other = (re.search(rf"{name}=(\S+)", self.prelude).group(1)
+                        for name in ("PHONE", "OTHER"))
         self.names = {"TV": self.tv.address, "ME": self.home.node("phone1").address,
-                      "PHONE": phone, "ID": self.id}
+                      "PHONE": phone, "OTHER": other, "ID": self.id}
+        # The home here is none that `lab/home` has put up.
+        self.prelude += f'prompt() {{ printf "%s\\n" "$*" > {self.tv.path("prompt")}; }}\n'
         # What the page supposes of addresses holds in a home of two sets; here there is one.
         self.prelude = re.sub(r"^export (TV|ME)=\S+", r"export \1", self.prelude,
                               flags=re.MULTILINE)
@@ -58,12 +61,18 @@ class Protocol(homecase.OneSetCase):
                         lambda: f"{path}: '{self.tv.ask(path)}' is not '{expected}'")
         return expected
 
+    def printed(self, line):
+        self.wait_until(lambda: self.filled(line) in self.tv.lines(), 5,
+                        lambda: f"'{self.filled(line)}' is not in {self.tv.read()}")
+        return ""
+
     def test_every_line_of_the_page_gives_what_the_page_says(self):
         count = 0
         self.assertGreater(len(exchanges()), 10)
         for line, self.expected in exchanges():
             with self.subTest(line=line):
-                typed = self.type_in_shell if line[0] == "$" else self.type_at_prompt
+                typed = {"$": self.type_in_shell, ">": self.type_at_prompt,
+                         "<": self.printed}[line[0]]
                 pattern = re.escape(self.filled(self.expected)).replace("GUID", GUID)
                 self.assertRegex(typed(line[2:]), f"^{pattern}$")
                 count += 1
