@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "zelv/controller/ForOthers.h"
 #include "zelv/controller/GetDataTask.h"
 #include "zelv/controller/RemoteDataController.h"
 #include "zelv/controller/SetDataTask.h"
@@ -146,7 +147,7 @@ void DataController::processTasks() {
 void DataController::queue(std::unique_ptr<DataControllerTask> aTask) {
   {
     TCAutoLock lock(mMutex);
-    mTasks.push_back(std::move(aTask));
+    mTasks.push(std::move(aTask), ForOthers::isActive());
     mQueueSize.store(mTasks.size(), std::memory_order_relaxed);
   }
   mTaskSemaphore.Give();
@@ -154,11 +155,7 @@ void DataController::queue(std::unique_ptr<DataControllerTask> aTask) {
 
 std::unique_ptr<DataControllerTask> DataController::takeTask() {
   TCAutoLock lock(mMutex);
-  if (mTasks.empty()) {
-    return nullptr;
-  }
-  std::unique_ptr<DataControllerTask> task = std::move(mTasks.front());
-  mTasks.pop_front();
+  std::unique_ptr<DataControllerTask> task = mTasks.take();
   mQueueSize.store(mTasks.size(), std::memory_order_relaxed);
   return task;
 }

@@ -2,13 +2,13 @@
 
 #include <atomic>
 #include <cstddef>
-#include <deque>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "zelv/controller/DataControllerTask.h"
 #include "zelv/controller/DataSubscriptionManager.h"
+#include "zelv/controller/DataTasks.h"
 #include "zelv/controller/LocalDataController.h"
 #include "zelv/controller/RemoteDataHandler.h"
 #include "zelv/controller/UnreachableDataHandler.h"
@@ -125,7 +125,7 @@ class DataController : public virtual IAppData,
   std::unique_ptr<RemoteDataHandler> mRemoteHandler;
   UnreachableDataHandler mUnreachableHandler;
   DataSubscriptionManager mSubscriptionManager;
-  std::deque<std::unique_ptr<DataControllerTask>> mTasks ZELV_GUARDED_BY(mMutex);
+  DataTasks mTasks ZELV_GUARDED_BY(mMutex);
   std::atomic<std::size_t> mQueueSize{0};
   std::string mLocalDeviceId ZELV_GUARDED_BY(mMutex);
   /// Constant after construction.

@@ -7,6 +7,7 @@
 
 #include "zelv/adapter/NetworkAdapter.h"
 #include "zelv/controller/DataController.h"
+#include "zelv/controller/ForOthers.h"
 #include "zelv/controller/OnlineDevices.h"
 #include "zelv/controller/RemoteDataReader.h"
 #include "zelv/infrastructure/MultiString.h"
@@ -370,6 +371,7 @@ void RemoteDataController::ask(Subscription const& aContext, ICoreData& aCoreDat
     takeBack(*gone, aCoreData);
   }
   bool stays = true;
+  ForOthers const scope;
   try {
     GUID const localId = aContext->oneTime
                              ? aCoreData.requestData(aContext->localXPath, aContext.get(), this)
@@ -424,6 +426,7 @@ void RemoteDataController::handleSetData(RemoteDataReader& aMessage, ICoreData& 
     PCRealDebug::Print(PCRealDebug::Notable,
                        "RemoteDataController::onMessage: '%s' is set by device '%s'.",
                        path->c_str(), aMessage.senderId().c_str());
+    ForOthers const scope;
     aCoreData.setData(*path, *value, this, true);
   }
 }

@@ -301,7 +301,35 @@ TEST_F(StrangersAtRemoteData, CannotQueueDataTasksWithoutEnd) {
   leave.Give();
   leave.Give();
   ASSERT_TRUE(callback.waitFor(2));
+  node->drain();
   EXPECT_EQ(node->remote->getContexts().size(), 0U);
+  PCRealDebug::SetLevel(PCRealDebug::Trace);
+  leave.Give();
+  expectService();
+}
+
+TEST_F(StrangersAtRemoteData, KeepNobodyHereWaitingHoweverFastTheyAskAndWrite) {
+  holdWorker();
+  node->controller.requestData("/Zelv/A", nullptr, &callback);
+  inside.Take();
+  PCRealDebug::SetLevel(PCRealDebug::Warning);
+  for (int i = 0; i < 1000; ++i) {
+    hear(RawDevice::setData("/Zelv/B", "value"));
+    hear(device->requestData(cOther, "/Zelv/nothing"));
+    hear(device->subscribeData(cOther, "/Zelv/nothing"));
+  }
+  std::size_t waiting = 0;
+  callback.reaction = [this, &waiting](Testing::Heard const& aHeard) {
+    if (aHeard.path == "/Zelv/C") {
+      waiting = node->controller.getQueueSize();
+      inside.Give();
+    }
+  };
+  node->texts.put("/Zelv/C", "soon");
+  node->controller.requestData("/Zelv/C", nullptr, &callback);
+  leave.Give();
+  inside.Take();
+  EXPECT_GE(waiting, 2998U);
   PCRealDebug::SetLevel(PCRealDebug::Trace);
   leave.Give();
   expectService();
