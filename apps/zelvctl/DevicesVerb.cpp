@@ -8,24 +8,14 @@
 #include <stdexcept>
 
 #include "apps/zelvctl/Gathering.h"
-#include "apps/zelvctl/OwnAddress.h"
+#include "apps/zelvctl/OwnIdentity.h"
 #include "apps/zelvctl/Phone.h"
-#include "zelv/infrastructure/GUID.h"
 
 namespace ZelvCtl {
 
 namespace {
 
 using Seconds = std::chrono::duration<double>;
-
-/// A device that is silent for this many heartbeat intervals has gone without a word.
-constexpr double patience = 1.2;
-
-Identity identityOf(Options const& aOptions) {
-  return {aOptions.id.empty() ? Zelv::Infrastructure::GUID::createGUID().toString() : aOptions.id,
-          aOptions.name, aOptions.address.empty() ? OwnAddress::find() : aOptions.address,
-          aOptions.port};
-}
 
 [[noreturn]] void failWithNobody(double aTimeout) {
   std::ostringstream text;
@@ -38,7 +28,7 @@ Identity identityOf(Options const& aOptions) {
 DevicesVerb::DevicesVerb(Options const& aOptions, ZelvApps::StopSignal const& aStop)
     : mOptions(aOptions),
       mStop(aStop),
-      mIdentity(identityOf(aOptions)),
+      mIdentity(OwnIdentity::of(aOptions)),
       mPrinter(std::cout, aOptions.json) {}
 
 /// Waits for the signal, the bell or the end of the time. @return true when the signal has come.
@@ -84,7 +74,7 @@ void DevicesVerb::watch() {
   });
   auto const interval = std::chrono::duration_cast<Clock::duration>(Seconds(mOptions.interval));
   auto const silence =
-      std::chrono::duration_cast<Clock::duration>(Seconds(mOptions.interval * patience));
+      std::chrono::duration_cast<Clock::duration>(Seconds(mOptions.interval * Phone::Patience));
   Clock::time_point next = Clock::now() + interval;
   while (!isStoppedWithin(std::max(Clock::duration::zero(), next - Clock::now()))) {
     mBell.answer();

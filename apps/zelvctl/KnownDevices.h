@@ -16,6 +16,7 @@ struct Device {
   std::string name;
   std::string model;
   std::string address;  ///< host of its first service; empty for a device without services
+  std::map<std::string, std::string> services = {};  ///< URLs, unchecked, by name
 };
 
 /// The devices that this phone has heard of, MaxDevices of them at most.

@@ -1,5 +1,6 @@
 #include "apps/zelvctl/Phone.h"
 
+#include <map>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -27,6 +28,19 @@ std::string hostOf(std::string const& aUrl) {
   } catch (std::exception const&) {
     return "";
   }
+}
+
+/// Where the device has what this phone can make use of.
+std::map<std::string, std::string> servicesOf(HierarchicalDB& aMessage, std::string const& aPath) {
+  std::map<std::string, std::string> services;
+  for (char const* name : {"DataControl", "CommandControl", "InputControl"}) {
+    std::string const url =
+        read(aMessage, aPath + "Services/Service[Name='" + name + "']/URL/text()");
+    if (!url.empty()) {
+      services[name] = url;
+    }
+  }
+  return services;
 }
 
 /// What sets accept as an identifier; anything else could not stand in a message either.
@@ -84,9 +98,12 @@ void Phone::handle(Message& aMessage) {
 
 void Phone::onDescription(Message& aMessage) {
   std::string const path = "/Envelope/Body/*[1]/Device/";
-  Device const device{read(aMessage, path + "@ID"), read(aMessage, path + "Type/text()"),
-                      read(aMessage, path + "Name/text()"), read(aMessage, path + "Model/text()"),
-                      hostOf(read(aMessage, path + "Services/*[1]/URL/text()"))};
+  Device const device{read(aMessage, path + "@ID"),
+                      read(aMessage, path + "Type/text()"),
+                      read(aMessage, path + "Name/text()"),
+                      read(aMessage, path + "Model/text()"),
+                      hostOf(read(aMessage, path + "Services/*[1]/URL/text()")),
+                      servicesOf(aMessage, path)};
   bool const isKind = device.type == "TV" || device.type == "MOBILE";
   if (isKind && isIdentifier(device.id) && noteDevice(device)) {
     mWatcher(true, device);

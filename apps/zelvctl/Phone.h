@@ -23,6 +23,9 @@ class Phone final : public Zelv::NetworkMessageCallback {
   /// under a lock.
   using Watcher = std::function<void(bool aArrived, Device const& aDevice)>;
 
+  /// A device that is silent for this many heartbeat intervals has gone without a word.
+  static constexpr double Patience = 1.2;
+
   using Clock = KnownDevices::Clock;
   using TimeSource = std::function<Clock::time_point()>;
 

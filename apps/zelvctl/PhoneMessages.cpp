@@ -25,11 +25,19 @@ std::string PhoneMessages::replyTo() const {
 
 // A phone without services of its own says so, rather than leave the element out: sets copy it
 // whole.
+std::string PhoneMessages::services() const {
+  std::string const commands =
+      mIdentity.commandUrl.empty()
+          ? ""
+          : "<Service><Name>CommandControl</Name><URL>" + mIdentity.commandUrl + "</URL></Service>";
+  return "<Services>" + commands + "</Services>";
+}
+
 std::string PhoneMessages::device() const {
   std::string name;
   XMLSerializer::escapeXMLEntities(mIdentity.name, name);
   return "<Device ID='" + mIdentity.id + "'><Name>" + name +
-         "</Name><Model>zelvctl</Model><Type>MOBILE</Type><Services></Services></Device>";
+         "</Name><Model>zelvctl</Model><Type>MOBILE</Type>" + services() + "</Device>";
 }
 
 std::string PhoneMessages::probe() const {

@@ -10,6 +10,7 @@ struct Identity {
   std::string name;
   std::string address;
   std::string port;
+  std::string commandUrl = "";  ///< where it takes commands; empty when it takes none
 };
 
 /// Writes the messages of discovery as a phone sends them.
@@ -28,6 +29,7 @@ class PhoneMessages {
  private:
   std::string envelope(std::string const& aHeaderRest, std::string const& aBody) const;
   std::string device() const;
+  std::string services() const;
   std::string replyTo() const;
   std::string from() const;
 

@@ -6,6 +6,7 @@
 namespace ZelvCtl {
 namespace {
 
+using testing::HasSubstr;
 using testing::MatchesRegex;
 
 Identity const identity{"me", "Tom & <Ann>", "10.77.0.3", "4451"};
@@ -42,6 +43,13 @@ TEST(PhoneMessages, StandInOneEnvelopeWithAnIdentifierOfTheirOwn) {
                              row.headerRest + "</Header><Body>" + row.body + "</Body></Envelope>"));
   }
   EXPECT_NE(messages.bye(), messages.bye());
+}
+
+TEST(PhoneMessages, TellWhereThePhoneTakesCommands) {
+  Identity const serving{"me", "Tom", "10.77.0.3", "4451", "tcp://10.77.0.3:4448/"};
+  EXPECT_THAT(PhoneMessages(serving).hello(),
+              HasSubstr("<Type>MOBILE</Type><Services><Service><Name>CommandControl</Name>"
+                        "<URL>tcp://10.77.0.3:4448/</URL></Service></Services></Device>"));
 }
 
 }  // namespace

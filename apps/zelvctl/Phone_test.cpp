@@ -147,6 +147,19 @@ TEST_F(PhoneTest, KnowsADeviceByItsLatestDescription) {
   EXPECT_EQ(mPhone->devices()[0].model, "M1");
 }
 
+TEST_F(PhoneTest, KnowsTheServicesThatItCanMakeUseOf) {
+  using Services = std::map<std::string, std::string>;
+  tell(envelope("1",
+                "<Hello><Device ID='a'><Name>N</Name><Type>TV</Type><Services>"
+                "<Service><Name>Other</Name><URL>tcp://10.77.0.1:1/</URL></Service>"
+                "<Service><Name>DataControl</Name><URL>tcp://10.77.0.1:2/</URL></Service>"
+                "<Service><Name>InputControl</Name><URL>udp://10.77.0.1:3/</URL></Service>"
+                "</Services></Device></Hello>"));
+  ASSERT_EQ(mPhone->devices().size(), 1U);
+  EXPECT_EQ(mPhone->devices()[0].services, (Services{{"DataControl", "tcp://10.77.0.1:2/"},
+                                                     {"InputControl", "udp://10.77.0.1:3/"}}));
+}
+
 TEST_F(PhoneTest, LetsADeviceGoAtItsBye) {
   tell(envelope("1", description("Hello", "a")));
   tell(envelope("2", sign("Bye", "b")));
