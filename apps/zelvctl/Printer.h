@@ -1,12 +1,11 @@
 #pragma once
 
-#include <atomic>
-#include <mutex>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "apps/zelvctl/KnownDevices.h"
+#include "apps/zelvctl/Output.h"
 
 namespace ZelvCtl {
 
@@ -14,7 +13,7 @@ namespace ZelvCtl {
 class Printer {
  public:
   /// @param aOut  outlives the object.
-  Printer(std::ostream& aOut, bool aJson) : mOut(aOut), mJson(aJson) {}
+  Printer(std::ostream& aOut, bool aJson) : mOutput(aOut), mJson(aJson) {}
 
   /// As text one line a device, in JSON one array.
   void list(std::vector<Device> const& aDevices);
@@ -23,15 +22,11 @@ class Printer {
   void change(bool aArrived, Device const& aDevice);
 
   /// True once something could not be written, as when nobody reads any more.
-  bool isBroken() const { return mBroken; }
+  bool isBroken() const { return mOutput.isBroken(); }
 
  private:
-  void print(std::string const& aText);
-
-  std::ostream& mOut;
+  Output mOutput;
   bool const mJson;
-  std::mutex mLock;
-  std::atomic<bool> mBroken = false;
 };
 
 }  // namespace ZelvCtl
