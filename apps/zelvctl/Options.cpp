@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <iostream>
 
-#include "zelv/infrastructure/GUID.h"
+#include "apps/zelvctl/Identifier.h"
+#include "apps/zelvctl/Markup.h"
+#include "apps/zelvctl/PrintableText.h"
 
 namespace ZelvCtl {
 
@@ -12,6 +14,8 @@ namespace {
 
 constexpr int usageFault = 2;
 constexpr std::size_t longestName = 128;
+/// Sets read no longer ones.
+constexpr std::size_t longestPath = 2048;
 
 std::string checkName(std::string const& aName) {
   bool const hasControls = std::any_of(aName.begin(), aName.end(), [](unsigned char aByte) {
@@ -24,12 +28,34 @@ std::string checkName(std::string const& aName) {
 
 /// Brings the identifier into its usual form, by which others know it.
 std::string normaliseId(std::string& aId) {
-  try {
-    aId = Zelv::Infrastructure::GUID(aId).toString();
-    return "";
-  } catch (std::exception const&) {
+  auto const id = Identifier::usualForm(aId);
+  if (!id) {
     return "an identifier looks like 6f1d2a3e-0c57-4b8e-9a41-5d7e6b3c2f10";
   }
+  aId = *id;
+  return "";
+}
+
+std::string checkDevice(std::string const& aDevice) {
+  return aDevice.empty() ? "a device is given by its name, its ID or its address" : "";
+}
+
+std::string checkPath(std::string const& aPath) {
+  bool const isInTree = aPath.starts_with("/Zelv/") || aPath.starts_with("/Zelv[");
+  return isInTree && aPath.size() <= longestPath
+             ? ""
+             : "a path begins with /Zelv/ and has at most 2048 bytes";
+}
+
+std::string checkContent(std::string const& aText) {
+  return Markup::isContent(aText)
+             ? ""
+             : "it goes out as XML and is not well-formed; \"&lt;\" and \"&amp;\" stand for \"<\" "
+               "and \"&\"";
+}
+
+std::string checkElement(std::string const& aText) {
+  return Markup::isElement(aText) ? "" : "a command is an XML element, as <Echo>text</Echo>";
 }
 
 void declareIdentity(CLI::App& aApp, Options& aOptions) {
@@ -44,7 +70,8 @@ void declareIdentity(CLI::App& aApp, Options& aOptions) {
 
 void declareNetwork(CLI::App& aApp, Options& aOptions) {
   aApp.add_option("--address", aOptions.address,
-                  "own address; that of the last interface unless given")
+                  "own address; unless given, the one that TV sees if TV is an address, else that "
+                  "of the last interface")
       ->check(CLI::ValidIPV4)
       ->type_name("A.B.C.D")
       ->envname("ZELV_ADDRESS");
@@ -70,6 +97,104 @@ void declareTimes(CLI::App& aApp, Options& aOptions) {
       ->capture_default_str();
 }
 
+CLI::App& declareVerb(CLI::App& aApp, Options& aOptions, Options::Verb aVerb, char const* aName,
+                      char const* aText) {
+  CLI::App* const verb = aApp.add_subcommand(aName, aText);
+  verb->footer(
+      "The options of `zelvctl --help` go with every command; \"--\" stands before values "
+      "that begin with \"-\".");
+  verb->parse_complete_callback([&aOptions, aVerb] { aOptions.verb = aVerb; });
+  return *verb;
+}
+
+void declareDevice(CLI::App& aVerb, Options& aOptions) {
+  aVerb.add_option("TV", aOptions.device, "the device: its name, its ID or its address")
+      ->required()
+      ->check(CLI::Validator(checkDevice, ""))
+      ->type_name("");
+}
+
+void declarePath(CLI::App& aVerb, Options& aOptions) {
+  aVerb.add_option("PATH", aOptions.path, "path in the device's own tree, as /Zelv/Devices/...")
+      ->required()
+      ->check(CLI::Validator(checkPath, ""))
+      ->type_name("");
+}
+
+void declareTreeVerbs(CLI::App& aApp, Options& aOptions) {
+  CLI::App& get = declareVerb(aApp, aOptions, Options::Get, "get", "print the value of a path");
+  declareDevice(get, aOptions);
+  declarePath(get, aOptions);
+  CLI::App& watch = declareVerb(aApp, aOptions, Options::Watch, "watch",
+                                "print the value of a path, and each new one until interrupted");
+  declareDevice(watch, aOptions);
+  declarePath(watch, aOptions);
+  CLI::App& set = declareVerb(aApp, aOptions, Options::Set, "set",
+                              "give a path a new value. Success means that the device has got it: "
+                              "no device tells whether it could store a value");
+  declareDevice(set, aOptions);
+  declarePath(set, aOptions);
+  set.add_option("VALUE", aOptions.values, "text or XML, which goes out as it stands")
+      ->required()
+      ->expected(1)
+      ->check(CLI::Validator(checkContent, ""))
+      ->type_name("");
+}
+
+void declareCommandVerb(CLI::App& aApp, Options& aOptions) {
+  CLI::App& command = declareVerb(aApp, aOptions, Options::Command, "command",
+                                  "have a device carry out a command, and print what it returns");
+  declareDevice(command, aOptions);
+  command.add_option("XML", aOptions.command, "the command, as <Echo>text</Echo>")
+      ->required()
+      ->check(CLI::Validator(checkElement, ""))
+      ->type_name("");
+  auto* const returns =
+      command.add_option("--returns", aOptions.returns, "how many answers to wait for")
+          ->check(CLI::Range(1, 1000000))
+          ->type_name("N")
+          ->capture_default_str();
+  command.add_flag("--no-wait", aOptions.noWait, "wait for no answer, only until it has arrived")
+      ->excludes(returns);
+}
+
+void declareInputVerb(CLI::App& aApp, Options& aOptions) {
+  CLI::App& input = declareVerb(aApp, aOptions, Options::Input, "input",
+                                "send a device an event of input for each value. Nobody confirms "
+                                "them, so success means that they have gone out");
+  declareDevice(input, aOptions);
+  input.add_option("TYPE", aOptions.inputType, "as Key or Text; may be empty")
+      ->required()
+      ->type_name("");
+  input.add_option("VALUE", aOptions.values, "text or XML, which goes out as it stands")
+      ->required()
+      ->expected(-1)
+      ->check(CLI::Validator(checkContent, ""))
+      ->type_name("");
+}
+
+void declareServeVerb(CLI::App& aApp, Options& aOptions) {
+  CLI::App& serve =
+      declareVerb(aApp, aOptions, Options::Serve, "serve",
+                  "stay as a phone that takes commands: print each, answer it, until interrupted");
+  serve
+      .add_option("--answer", aOptions.answer,
+                  "what every command returns; the command itself unless given, nothing if empty")
+      ->check(CLI::Validator(checkContent, ""))
+      ->type_name("XML");
+}
+
+void declareVerbs(CLI::App& aApp, Options& aOptions) {
+  CLI::App& devices =
+      declareVerb(aApp, aOptions, Options::Devices, "devices", "list the devices of the home");
+  devices.add_flag("--watch", aOptions.watch,
+                   "stay, and tell of arrivals and departures until interrupted");
+  declareTreeVerbs(aApp, aOptions);
+  declareCommandVerb(aApp, aOptions);
+  declareInputVerb(aApp, aOptions);
+  declareServeVerb(aApp, aOptions);
+}
+
 }  // namespace
 
 bool Options::parse(int aCount, char const* const* aArguments, int& aStatus) {
@@ -80,9 +205,7 @@ bool Options::parse(int aCount, char const* const* aArguments, int& aStatus) {
   declareTimes(app, *this);
   declareIdentity(app, *this);
   declareNetwork(app, *this);
-  CLI::App* const devices = app.add_subcommand("devices", "list the devices of the home");
-  devices->add_flag("--watch", watch,
-                    "stay, and tell of arrivals and departures until interrupted");
+  declareVerbs(app, *this);
   try {
     app.parse(aCount, aArguments);
   } catch (CLI::CallForHelp const&) {
@@ -90,7 +213,7 @@ bool Options::parse(int aCount, char const* const* aArguments, int& aStatus) {
     aStatus = 0;
     return false;
   } catch (CLI::ParseError const& error) {
-    std::cerr << "zelvctl: " << error.what() << '\n';
+    std::cerr << "zelvctl: " << PrintableText::masked(error.what()) << '\n';
     aStatus = usageFault;
     return false;
   }

@@ -1,12 +1,14 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace ZelvCtl {
 
 /// What was asked for on the command line.
 struct Options {
-  enum Verb { Devices };
+  enum Verb { Devices, Get, Watch, Set, Command, Input, Serve };
 
   Verb verb = Devices;
   bool watch = false;
@@ -18,6 +20,15 @@ struct Options {
   std::string name = "zelvctl";
   std::string id;
   int interval = 10;  ///< seconds between heartbeats
+
+  std::string device;  ///< name, identifier or address of the one to speak to
+  std::string path;
+  std::vector<std::string> values;    ///< one to set, or those to send as input
+  std::string inputType;              ///< may be empty
+  std::string command;                ///< an XML element
+  bool noWait = false;                ///< whether nothing is expected to be returned
+  int returns = 1;                    ///< how many are waited for
+  std::optional<std::string> answer;  ///< to every command; nothing: the command itself
 
   /// Reads the arguments. @return true when there is work to do; otherwise aStatus is what to exit
   /// with, and help or one line on what is wrong has been printed.

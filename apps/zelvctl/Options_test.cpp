@@ -8,6 +8,7 @@
 namespace ZelvCtl {
 namespace {
 
+using testing::ElementsAre;
 using testing::MatchesRegex;
 
 struct Parsed {
@@ -61,7 +62,48 @@ TEST(ZelvctlOptions, MayStandBeforeAndBehindTheVerb) {
   EXPECT_EQ(parsed.options.id, "6f1d2a3e-0c57-4b8e-9a41-5d7e6b3c2f10");
 }
 
+TEST(ZelvctlOptions, NameTheDeviceAndWhatIsWantedOfIt) {
+  Parsed const get = parse({"get", "Kitchen", "/Zelv/A/text()", "--json"});
+  ASSERT_TRUE(get.hasWork) << get.error;
+  EXPECT_EQ(get.options.verb, Options::Get);
+  EXPECT_EQ(get.options.device, "Kitchen");
+  EXPECT_EQ(get.options.path, "/Zelv/A/text()");
+  EXPECT_TRUE(get.options.json);
+  EXPECT_EQ(parse({"watch", "Kitchen", "/Zelv/A"}).options.verb, Options::Watch);
+  Parsed const set = parse({"set", "Kitchen", "/Zelv[@DeviceId='x']/A", "--", "-5"});
+  ASSERT_TRUE(set.hasWork) << set.error;
+  EXPECT_EQ(set.options.verb, Options::Set);
+  EXPECT_THAT(set.options.values, ElementsAre("-5"));
+}
+
+TEST(ZelvctlOptions, NameACommandAndWhatIsExpectedOfIt) {
+  Parsed const one = parse({"command", "10.77.0.1", "<Echo>hi there</Echo>"});
+  ASSERT_TRUE(one.hasWork) << one.error;
+  EXPECT_EQ(one.options.verb, Options::Command);
+  EXPECT_EQ(one.options.command, "<Echo>hi there</Echo>");
+  EXPECT_EQ(one.options.returns, 1);
+  EXPECT_FALSE(one.options.noWait);
+  EXPECT_TRUE(parse({"command", "--no-wait", "tv", "<Echo/>"}).options.noWait);
+  EXPECT_EQ(parse({"command", "tv", "<Echo/>", "--returns", "3"}).options.returns, 3);
+}
+
+TEST(ZelvctlOptions, NameInputOfAnyTypeAndAsManyValuesAsThereAre) {
+  Parsed const parsed = parse({"input", "tv", "", "UP", "<b>x</b>", ""});
+  ASSERT_TRUE(parsed.hasWork) << parsed.error;
+  EXPECT_EQ(parsed.options.verb, Options::Input);
+  EXPECT_EQ(parsed.options.inputType, "");
+  EXPECT_THAT(parsed.options.values, ElementsAre("UP", "<b>x</b>", ""));
+}
+
+TEST(ZelvctlOptions, TellWhatIsAnsweredToCommands) {
+  EXPECT_EQ(parse({"serve"}).options.verb, Options::Serve);
+  EXPECT_EQ(parse({"serve"}).options.answer, std::nullopt);
+  EXPECT_EQ(parse({"serve", "--answer", "<Yes/>"}).options.answer, "<Yes/>");
+  EXPECT_EQ(parse({"serve", "--answer", ""}).options.answer, "");
+}
+
 TEST(ZelvctlOptions, RefuseWhatIsWrongInOneLine) {
+  std::string const longPath = "/Zelv/" + std::string(2048, 'a');
   std::vector<std::vector<char const*>> const rows = {
       {},
       {"frob"},
@@ -77,6 +119,24 @@ TEST(ZelvctlOptions, RefuseWhatIsWrongInOneLine) {
       {"devices", "--name", ""},
       {"devices", "--name", "a\nb"},
       {"devices", "--id", "me"},
+      {"get"},
+      {"get", "tv"},
+      {"get", "", "/Zelv/A"},
+      {"get", "tv", "Zelv/A"},
+      {"get", "tv", longPath.c_str()},
+      {"get", "tv", "/Zelv/A", "more"},
+      {"get", "tv", "/Zelv/A", "--watch"},
+      {"set", "tv", "/Zelv/A"},
+      {"set", "tv", "/Zelv/A", "a < b"},
+      {"set", "tv", "/Zelv/A", "one", "two"},
+      {"command", "tv", "text"},
+      {"command", "tv", "<Echo>"},
+      {"command", "tv", "<Echo/>", "--returns", "0"},
+      {"command", "tv", "<Echo/>", "--returns", "2", "--no-wait"},
+      {"input", "tv", "Key"},
+      {"input", "tv", "Key", "<b>"},
+      {"serve", "--answer", "<b>"},
+      {"serve", "tv"},
   };
   for (auto const& row : rows) {
     Parsed const parsed = parse(row);
