@@ -3,18 +3,23 @@ _zelvctl() {
   local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} each
   COMPREPLY=()
   case $previous in
-    --timeout | --interval | --name | --id | --address | --group | --port) return ;;
+    --timeout | --interval | --name | --id | --address | --group | --port | --returns | --answer)
+      return
+      ;;
   esac
   local words="--json --timeout --interval --name --id --address --group --port --help"
   local verb=
   for each in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
-    [ "$each" != devices ] || verb=devices
+    case $each in
+      devices | get | watch | set | command | input | serve) verb=${verb:-$each} ;;
+    esac
   done
-  if [ -n "$verb" ]; then
-    words+=" --watch"
-  else
-    words+=" devices"
-  fi
+  case $verb in
+    "") words+=" devices get watch set command input serve" ;;
+    devices) words+=" --watch" ;;
+    command) words+=" --no-wait --returns" ;;
+    serve) words+=" --answer" ;;
+  esac
   mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
 }
 complete -F _zelvctl zelvctl
