@@ -10,7 +10,7 @@
 
 #include "fuzz/Expect.h"
 #include "fuzz/Target.h"
-#include "zelv/adapter/NetworkConnection.h"
+#include "zelv/adapter/OneHost.h"
 #include "zelv/controller/CommandController.h"
 #include "zelv/controller/ExecuteCommandTask.h"
 #include "zelv/controller/ProcessCommandReturnTask.h"
@@ -48,11 +48,9 @@ std::string read(HierarchicalDB& aDocument, std::string const& aElement) {
   return text;
 }
 
-bool isURL(std::string const& aText) {
+bool isAddress(std::string const& aText) {
   try {
-    std::string const host = URL(aText).getDomainName();
-    return host != "0.0.0.0" && host != "255.255.255.255" &&
-           !Zelv::Adapter::NetworkConnection::isMulticastAddress(host);
+    return Zelv::Adapter::isOneHost(URL(aText));
   } catch (std::exception const&) {
     return false;
   }
@@ -72,7 +70,7 @@ std::string expected(std::string const& aMessage) {
     return "dropped";
   }
   std::string const replyTo = read(document, "ReplyTo");
-  if (read(document, "MessageID").empty() || (!replyTo.empty() && !isURL(replyTo))) {
+  if (read(document, "MessageID").empty() || (!replyTo.empty() && !isAddress(replyTo))) {
     return "dropped";
   }
   std::string const body = bodyOf(aMessage);

@@ -56,6 +56,41 @@ class CommandTimer : public virtual ICoreTimer {
   void resetTimer(GUID const&, unsigned int, int) override {}
 };
 
+/// Calls that are inside an object of the test. Its end waits for them, since a test that has seen
+/// all it wanted is done before the thread that showed it.
+class CallsInside {
+ public:
+  class Call {
+   public:
+    explicit Call(CallsInside& aCalls) : mCalls(aCalls) { mCalls.change(1); }
+    Call(Call const&) = delete;
+    Call& operator=(Call const&) = delete;
+    ~Call() { mCalls.change(-1); }
+
+   private:
+    CallsInside& mCalls;
+  };
+
+  CallsInside() = default;
+  CallsInside(CallsInside const&) = delete;
+  CallsInside& operator=(CallsInside const&) = delete;
+  ~CallsInside() {
+    std::unique_lock lock(mLock);
+    EXPECT_TRUE(mChanged.wait_for(lock, std::chrono::seconds(60), [&] { return mCount == 0; }));
+  }
+
+ private:
+  void change(int aBy) {
+    std::lock_guard lock(mLock);
+    mCount += aBy;
+    mChanged.notify_all();
+  }
+
+  std::mutex mLock;
+  std::condition_variable mChanged;
+  int mCount = 0;
+};
+
 /// Notes what it is called with, and does what the test wants.
 class CommandHandler : public virtual IBaseCommandHandler {
  public:
@@ -69,13 +104,13 @@ class CommandHandler : public virtual IBaseCommandHandler {
   explicit CommandHandler(Action aAction = nullptr) : mAction(std::move(aAction)) {}
 
   std::string onCommand(std::string const& aCommand, CommandArgs const& aArgs) override {
-    bool const acts = static_cast<bool>(mAction);
+    CallsInside::Call const call(mInside);
     {
       std::lock_guard lock(mLock);
       mCalls.push_back({aCommand, aArgs, std::this_thread::get_id()});
+      mGrown.notify_all();
     }
-    mGrown.notify_all();
-    return acts ? mAction(aCommand, aArgs) : "";
+    return mAction ? mAction(aCommand, aArgs) : "";
   }
 
   bool waitFor(std::size_t aCount) const {
@@ -93,6 +128,7 @@ class CommandHandler : public virtual IBaseCommandHandler {
   mutable std::mutex mLock;
   mutable std::condition_variable mGrown;
   std::vector<Call> mCalls;
+  CallsInside mInside;
 };
 
 class CommandCallback : public virtual IBaseCommandCallback {
@@ -107,13 +143,13 @@ class CommandCallback : public virtual IBaseCommandCallback {
 
   void onStatus(StatusInformation const&, GUID const&) override {}
   void onReturn(std::string const& aValue, GUID const& aCommandID) override {
-    bool const acts = static_cast<bool>(mAction);
+    CallsInside::Call const call(mInside);
     {
       std::lock_guard lock(mLock);
       mReturns.push_back({aValue, aCommandID});
+      mGrown.notify_all();
     }
-    mGrown.notify_all();
-    if (acts) {
+    if (mAction) {
       mAction(aValue);
     }
   }
@@ -134,6 +170,7 @@ class CommandCallback : public virtual IBaseCommandCallback {
   mutable std::mutex mLock;
   mutable std::condition_variable mGrown;
   std::vector<Return> mReturns;
+  CallsInside mInside;
 };
 
 /// A command controller with a tree that answers when the test says so, on a network of its own.
