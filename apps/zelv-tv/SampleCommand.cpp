@@ -6,8 +6,8 @@
 
 namespace ZelvTv {
 
-SampleCommand::SampleCommand(EventQueue& aEvents, Work aWork, Sender aSender)
-    : mEvents(aEvents), mWork(std::move(aWork)), mSender(std::move(aSender)) {}
+SampleCommand::SampleCommand(EventQueue& aEvents, Sender aSender, Work aWork)
+    : mEvents(aEvents), mSender(std::move(aSender)), mWork(std::move(aWork)) {}
 
 std::string SampleCommand::onCommand(std::string const& aCommand, Zelv::CommandArgs const& aArgs) {
   mEvents.Post("command " + ValueText::ToField(aArgs.senderId) + " " + aArgs.messageId.toString() +

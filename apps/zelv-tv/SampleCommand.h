@@ -12,7 +12,7 @@ namespace ZelvTv {
 /// MESSAGEID TEXT".
 ///
 /// What came from another device is answered by a message; what came from this program, by the
-/// return value. MUST live until the library has stopped.
+/// return value.
 class SampleCommand : public virtual Zelv::IBaseCommandHandler {
  public:
   /// Carries the command out and gives its return value.
@@ -22,14 +22,14 @@ class SampleCommand : public virtual Zelv::IBaseCommandHandler {
   using Sender = std::function<void(std::string const& aValue, Zelv::CommandArgs const& aArgs)>;
 
   /// @param aEvents  outlives the object.
-  SampleCommand(EventQueue& aEvents, Work aWork, Sender aSender = &Zelv::CommandReturn::sendReturn);
+  SampleCommand(EventQueue& aEvents, Sender aSender, Work aWork);
 
   std::string onCommand(std::string const& aCommand, Zelv::CommandArgs const& aArgs) override;
 
  private:
   EventQueue& mEvents;
-  Work const mWork;
   Sender const mSender;
+  Work const mWork;
 };
 
 }  // namespace ZelvTv

@@ -27,10 +27,11 @@ class SampleCommandTest : public testing::Test {
   EventQueue mEvents;
   std::vector<std::string> mSent;
   SampleCommand mCommand{
-      mEvents, [](std::string const& aCommand, CommandArgs const&) { return "got " + aCommand; },
+      mEvents,
       [this](std::string const& aValue, CommandArgs const& aArgs) {
         mSent.push_back(aArgs.replyTo + " " + aArgs.messageId.toString() + " " + aValue);
-      }};
+      },
+      [](std::string const& aCommand, CommandArgs const&) { return "got " + aCommand; }};
 };
 
 TEST_F(SampleCommandTest, AnswersItsOwnSetByTheReturnValue) {

@@ -1,6 +1,7 @@
 #include "apps/zelv-tv/SampleCommands.h"
 
 #include <array>
+#include <utility>
 
 #include "apps/zelv-tv/ValueText.h"
 #include "zelv/infrastructure/HierarchicalDB.h"
@@ -19,31 +20,43 @@ std::string messageOf(std::string const& aCommand) {
   return document.getContent("/ShowMessage/text()", text) == 0 ? text : "";
 }
 
+SampleCommand::Sender senderOf(ReturnSender& aReturns) {
+  return [&aReturns](std::string const& aValue, CommandArgs const& aArgs) {
+    aReturns.Send(aValue, aArgs);
+  };
+}
+
 }  // namespace
 
-SampleCommands::SampleCommands(EventQueue& aEvents, SampleCommand::Sender const& aSender)
-    : mEcho(
-          aEvents, [](std::string const& aCommand, CommandArgs const&) { return aCommand; },
-          aSender),
-      mShowMessage(
-          aEvents,
-          [&aEvents](std::string const& aCommand, CommandArgs const& aArgs) {
-            aEvents.Post("message " + ValueText::ToField(aArgs.senderId) + " " +
-                         ValueText::ToLine(messageOf(aCommand)));
-            return "shown";
-          },
-          aSender),
-      mTime(
-          aEvents,
-          [](std::string const&, CommandArgs const&) { return TextOf(std::time(nullptr)); },
-          aSender) {}
-
-void SampleCommands::Register(Zelv::IAppCommand& aCommands) {
-  aCommands.registerCommandHandler("Echo", &mEcho);
-  aCommands.registerCommandHandler("ShowMessage", &mShowMessage);
-  aCommands.registerCommandHandler("Time", &mTime);
+SampleCommands::SampleCommands(EventQueue& aEvents, Zelv::IAppCommand& aCommands,
+                               ReturnSender::Way aWay)
+    : mCommands(aCommands),
+      mReturns(std::move(aWay)),
+      mEcho(aEvents, senderOf(mReturns),
+            [](std::string const& aCommand, CommandArgs const&) { return aCommand; }),
+      mShowMessage(aEvents, senderOf(mReturns),
+                   [&aEvents](std::string const& aCommand, CommandArgs const& aArgs) {
+                     aEvents.Post("message " + ValueText::ToField(aArgs.senderId) + " " +
+                                  ValueText::ToLine(messageOf(aCommand)));
+                     return "shown";
+                   }),
+      mTime(aEvents, senderOf(mReturns),
+            [](std::string const&, CommandArgs const&) { return TextOf(std::time(nullptr)); }) {
+  take("Echo", mEcho);
+  take("ShowMessage", mShowMessage);
+  take("Time", mTime);
   // The name of an element without content ends in its slash.
-  aCommands.registerCommandHandler("Time/", &mTime);
+  take("Time/", mTime);
+}
+
+SampleCommands::~SampleCommands() {
+  for (Zelv::GUID const& handle : mHandles) {
+    mCommands.unregisterCommandHandler(handle);
+  }
+}
+
+void SampleCommands::take(char const* aName, SampleCommand& aCommand) {
+  mHandles.push_back(mCommands.registerCommandHandler(aName, &aCommand));
 }
 
 std::string SampleCommands::TextOf(std::time_t aTime) {

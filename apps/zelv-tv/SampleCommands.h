@@ -1,16 +1,18 @@
 #pragma once
 
 #include <ctime>
-#include <functional>
+#include <string>
+#include <vector>
 
 #include "apps/zelv-tv/EventQueue.h"
+#include "apps/zelv-tv/ReturnSender.h"
 #include "apps/zelv-tv/SampleCommand.h"
 #include "zelv/Zelv.h"
 
 namespace ZelvTv {
 
-/// What other devices may ask of this set, so that a phone has something to call. MUST live until
-/// the library has stopped.
+/// What other devices may ask of this set while it lives, so that a phone has something to call.
+/// MUST end before the library does.
 ///
 /// | Command        | What it does                          | Returns                  |
 /// | Echo           | nothing                               | the command's text       |
@@ -18,19 +20,26 @@ namespace ZelvTv {
 /// | Time           | nothing                               | the time of day, in UTC  |
 class SampleCommands {
  public:
-  /// @param aEvents  outlives the object.
-  explicit SampleCommands(EventQueue& aEvents,
-                          SampleCommand::Sender const& aSender = &Zelv::CommandReturn::sendReturn);
-
-  void Register(Zelv::IAppCommand& aCommands);
+  /// All arguments outlive the object.
+  SampleCommands(EventQueue& aEvents, Zelv::IAppCommand& aCommands)
+      : SampleCommands(aEvents, aCommands, ReturnSender::Way()) {}
+  SampleCommands(EventQueue& aEvents, Zelv::IAppCommand& aCommands, ReturnSender::Way aWay);
+  SampleCommands(SampleCommands const&) = delete;
+  SampleCommands& operator=(SampleCommands const&) = delete;
+  ~SampleCommands();
 
   /// As in RFC 3339: "2026-11-21T20:21:05Z".
   static std::string TextOf(std::time_t aTime);
 
  private:
+  void take(char const* aName, SampleCommand& aCommand);
+
+  Zelv::IAppCommand& mCommands;
+  ReturnSender mReturns;
   SampleCommand mEcho;
   SampleCommand mShowMessage;
   SampleCommand mTime;
+  std::vector<Zelv::GUID> mHandles;
 };
 
 }  // namespace ZelvTv

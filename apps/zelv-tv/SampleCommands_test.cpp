@@ -3,7 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <future>
 #include <map>
+#include <optional>
+#include <vector>
 
 #include "apps/zelv-tv/testing/CommandsMock.h"
 
@@ -22,20 +26,45 @@ class SampleCommandsTest : public testing::Test {
     ON_CALL(mCommands, registerCommandHandler)
         .WillByDefault([this](std::string const& aName, Zelv::IBaseCommandHandler* aHandler) {
           mHandlers[aName] = aHandler;
-          return GUID::createGUID();
+          mHandles.push_back(GUID::createGUID());
+          return mHandles.back();
         });
-    mSamples.Register(mCommands);
+    mSamples.emplace(mEvents, mCommands,
+                     ReturnSender::Way{[this](std::string const& aValue, CommandArgs const&) {
+                                         mSent.set_value(aValue);
+                                       },
+                                       [] {}});
   }
 
   NiceMock<CommandsMock> mCommands;
   std::map<std::string, Zelv::IBaseCommandHandler*> mHandlers;
+  std::vector<GUID> mHandles;
+  std::promise<std::string> mSent;
   EventQueue mEvents;
-  SampleCommands mSamples{mEvents};
+  std::optional<SampleCommands> mSamples;
 };
 
 TEST_F(SampleCommandsTest, EchoReturnsTheTextThatItGot) {
   EXPECT_EQ(mHandlers.at("Echo")->onCommand("<Echo>a &lt; <b/></Echo>", CommandArgs()),
             "<Echo>a &lt; <b/></Echo>");
+}
+
+TEST_F(SampleCommandsTest, AnswerAnotherDeviceOnAThreadOfTheirOwn) {
+  CommandArgs args;
+  args.messageId = GUID::createGUID();
+  args.replyTo = "tcp://10.77.0.2:4448/";
+  EXPECT_EQ(mHandlers.at("Echo")->onCommand("<Echo>a</Echo>", args), "");
+  auto sent = mSent.get_future();
+  ASSERT_EQ(sent.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+  EXPECT_EQ(sent.get(), "<Echo>a</Echo>");
+}
+
+TEST_F(SampleCommandsTest, GiveTheirNamesBack) {
+  ASSERT_EQ(mHandles.size(), 4U);
+  for (GUID const& handle : mHandles) {
+    EXPECT_CALL(mCommands, unregisterCommandHandler(handle));
+  }
+  mSamples.reset();
 }
 
 TEST_F(SampleCommandsTest, ShowMessagePrintsItsText) {

@@ -58,13 +58,11 @@ struct Receivers {
         settling(aEvents, questions, tree),
         readiness(aEvents, tree),
         devices(aEvents, tree),
-        input(aEvents),
-        samples(aEvents) {
+        input(aEvents) {
     // Behind the reads of readiness, so that "ready" is the first line.
     self.Begin(tree);
     devices.Begin();
     input.Begin(aLibrary.Get<Zelv::IAppUser>(Zelv::IID_IAppUser));
-    samples.Register(aLibrary.Get<Zelv::IAppCommand>(Zelv::IID_IAppCommand));
   }
 
   Zelv::IAppData& tree;
@@ -76,7 +74,6 @@ struct Receivers {
   ZelvTv::DeviceWatch devices;
   ZelvTv::Self self;
   ZelvTv::InputListener input;
-  ZelvTv::SampleCommands samples;
 };
 
 int run(ZelvTv::Options const& aOptions) {
@@ -99,8 +96,9 @@ int run(ZelvTv::Options const& aOptions) {
     return 1;
   }
   receivers.emplace(events, library);
-  ZelvTv::SentCommands commands(events, receivers->questions,
-                                library.Get<Zelv::IAppCommand>(Zelv::IID_IAppCommand));
+  auto& channel = library.Get<Zelv::IAppCommand>(Zelv::IID_IAppCommand);
+  ZelvTv::SampleCommands const samples(events, channel);
+  ZelvTv::SentCommands commands(events, receivers->questions, channel);
   ZelvTv::DeviceFinder const finder(receivers->self, receivers->devices);
   ZelvTv::Session session({receivers->tree, receivers->timers, receivers->listener,
                            receivers->questions, receivers->devices, finder, commands});

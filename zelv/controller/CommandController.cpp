@@ -626,6 +626,10 @@ void CommandController::sendReturn(std::string const& aValue, CommandArgs const&
   }
 }
 
+void CommandController::cancelReturns() {
+  mReturns.cancel();
+}
+
 // Tasks
 
 void CommandController::queueTask(std::unique_ptr<CommandControllerTask> aTask) {

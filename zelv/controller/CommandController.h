@@ -129,6 +129,9 @@ class CommandController : public virtual IAppCommand,
   ///         of a local command.
   void sendReturn(std::string const& aValue, CommandArgs const& aArgs);
 
+  /// Ends the calls of sendReturn() under way, on whatever they wait; later ones send nothing.
+  void cancelReturns();
+
   /// The body of a message, as it was sent; the whole text without a body element, and empty for a
   /// message that came before.
   std::string getMessage(std::string const& aMessage);

@@ -14,4 +14,10 @@ void CommandReturn::sendReturn(std::string const& aValue, CommandArgs const& aAr
   core->sendReturn(aValue, aArgs);
 }
 
+void CommandReturn::cancel() {
+  if (Core* const core = Core::requestCore()) {
+    core->cancelReturns();
+  }
+}
+
 }  // namespace Zelv

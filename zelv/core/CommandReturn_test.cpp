@@ -42,6 +42,30 @@ TEST_F(CommandReturnTest, SendsTheValueToWhereTheCommandSaid) {
                                  "</Header><Body><A>1 &lt; 2</A></Body></Envelope>\n"));
 }
 
+TEST_F(CommandReturnTest, EndsASendToADeviceThatKeepsSilentAndSendsNoMore) {
+  ASSERT_NE(Testing::SmallSet::start(), nullptr);
+  std::uint16_t const port = Testing::Peer::freePort(Testing::Peer::Stream);
+  Testing::Peer listener(Testing::Peer::Stream);
+  ASSERT_TRUE(listener.listen(port));
+  CommandArgs args;
+  args.replyTo = "tcp://127.0.0.1:" + std::to_string(port) + "/";
+  std::thread sender([&] { CommandReturn::sendReturn("value", args); });
+  Testing::Peer connection = listener.accept();
+  EXPECT_NE(connection.receive(), "");
+  CommandReturn::cancel();
+  sender.join();
+  EXPECT_TRUE(connection.seesEnd());
+  // One that tried would wait here for its acknowledgement in vain, and log it.
+  int const errors = static_cast<int>(mSet.log.texts(PCRealDebug::Error).size());
+  CommandReturn::sendReturn("value", args);
+  EXPECT_EQ(static_cast<int>(mSet.log.texts(PCRealDebug::Error).size()), errors);
+}
+
+TEST_F(CommandReturnTest, HasNothingToEndWithoutALibrary) {
+  CommandReturn::cancel();
+  EXPECT_EQ(Core::requestCore(), nullptr);
+}
+
 TEST_F(CommandReturnTest, RefusesToAnswerALocalCommand) {
   ASSERT_NE(Testing::SmallSet::start(), nullptr);
   EXPECT_THROW(CommandReturn::sendReturn("value", CommandArgs()), std::logic_error);

@@ -148,6 +148,10 @@ void Core::sendReturn(std::string const& aValue, CommandArgs const& aArgs) {
   mCommandController.sendReturn(aValue, aArgs);
 }
 
+void Core::cancelReturns() {
+  mCommandController.cancelReturns();
+}
+
 GUID Core::setData(std::string const& aXPath, std::string const& aValue,
                    IBaseDataCallback* aCallback, bool aNotifyRemoteSubscribers) {
   return mDataController.setData(aXPath, aValue, aCallback, aNotifyRemoteSubscribers);

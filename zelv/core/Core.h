@@ -93,8 +93,11 @@ class ZELV_EXPORT Core : public virtual ICoreData,
   /// Does nothing but log.
   void raiseEvent(Event* aEvent);
 
-  /// What CommandReturn does for applications.
+  /// @name What CommandReturn does for applications
+  /// @{
   void sendReturn(std::string const& aValue, CommandArgs const& aArgs);
+  void cancelReturns();
+  /// @}
 
   GUID setData(std::string const& aXPath, std::string const& aValue, IBaseDataCallback* aCallback,
                bool aNotifyRemoteSubscribers) override;
