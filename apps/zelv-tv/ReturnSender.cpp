@@ -31,19 +31,18 @@ bool ReturnSender::Send(std::string const& aValue, Zelv::CommandArgs const& aArg
   if (mBytes + weight > kMaximumBytes || (isNew && mWaiting.size() == kMaximumAddresses)) {
     return false;
   }
-  startThreads();
   mWaiting[aArgs.replyTo].push_back(std::move(entry));
   mBytes += weight;
   if (isNew) {
     mReady.push_back(aArgs.replyTo);
+    startThread();
     mWork.notify_one();
   }
   return true;
 }
 
-/// A set that nobody commands has none.
-void ReturnSender::startThreads() {
-  while (mThreads.size() < kThreads) {
+void ReturnSender::startThread() {
+  if (mReady.size() > mIdle && mThreads.size() < kThreads) {
     mThreads.emplace_back([this] { work(); });
   }
 }
@@ -51,7 +50,9 @@ void ReturnSender::startThreads() {
 void ReturnSender::work() {
   std::unique_lock lock(mMutex);
   for (;;) {
+    ++mIdle;
     mWork.wait(lock, [this] { return mEnded || !mReady.empty(); });
+    --mIdle;
     if (mEnded) {
       return;
     }

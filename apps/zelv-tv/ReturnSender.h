@@ -27,7 +27,7 @@ class ReturnSender {
     std::function<void()> cancel = &Zelv::CommandReturn::cancel;
   };
 
-  static constexpr std::size_t kThreads = 4;
+  static constexpr std::size_t kThreads = 16;
   static constexpr std::size_t kMaximumAddresses = 256;
   static constexpr std::size_t kMaximumBytes = std::size_t{32} << 20U;
 
@@ -48,7 +48,7 @@ class ReturnSender {
   };
 
   static std::size_t weightOf(Return const& aReturn);
-  void startThreads();
+  void startThread();
   void work();
   void sendFirstOf(std::string const& aAddress, std::unique_lock<std::mutex>& aLock);
 
@@ -61,7 +61,10 @@ class ReturnSender {
   std::size_t mBytes = 0;
   /// The addresses that no thread is busy with, in the order of their turns.
   std::deque<std::string> mReady;
+  /// Started as they are needed, so a set that nobody commands has none.
   std::vector<std::thread> mThreads;
+  /// How many of them wait for work.
+  std::size_t mIdle = 0;
 };
 
 }  // namespace ZelvTv
