@@ -329,10 +329,10 @@ void CommandController::onServiceURL(std::string const& aValue,
     return;
   }
   keepCallback(*command);
-  mPending.release(command->mDeviceId, [this](PendingCommandContext const& aLater) {
-    keepCallback(aLater);
-    mQueues.post(aLater.mDeviceId, envelope(aLater.mCommandId, aLater.mCommand));
-  });
+  for (PendingCommandContext const& later : mPending.release(command->mDeviceId)) {
+    keepCallback(later);
+    mQueues.post(later.mDeviceId, envelope(later.mCommandId, later.mCommand));
+  }
 }
 
 void CommandController::keepCallback(PendingCommandContext const& aCommand) {

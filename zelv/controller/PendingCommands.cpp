@@ -49,6 +49,16 @@ std::vector<PendingCommands::Entry*> PendingCommands::waitingFor(std::string con
   return entries;
 }
 
+std::vector<PendingCommandContext> PendingCommands::release(std::string const& aDeviceId) {
+  std::vector<PendingCommandContext> released;
+  for (Entry* const entry : waitingFor(aDeviceId)) {
+    released.push_back(*entry->mCommand);
+    entry->mReleased = true;
+    entry->mCommand->mCallback = nullptr;
+  }
+  return released;
+}
+
 bool PendingCommands::dropReleased(ContextInformation const* aCommand) {
   auto const entry = mEntries.find(aCommand);
   if (entry == mEntries.end() || !entry->second.mReleased) {
@@ -70,7 +80,8 @@ void PendingCommands::failed(GUID const& aTransactionId) {
 
 // They are of use only while a request is under way.
 void PendingCommands::dropEarlyFailures() {
-  if (std::all_of(mEntries.begin(), mEntries.end(),
+  if (!mEarlyFailures.empty() &&
+      std::all_of(mEntries.begin(), mEntries.end(),
                   [](auto const& aEntry) { return aEntry.second.mTransactionId.has_value(); })) {
     mEarlyFailures.clear();
   }

@@ -31,16 +31,9 @@ class PendingCommands {
   /// The command that an answer came for; null if there is no such command.
   std::unique_ptr<PendingCommandContext> take(ContextInformation const* aCommand);
 
-  /// The address is known: calls aRelease(command) for each that waits for it, in the order of
-  /// coming. What is left of them goes with their own answers.
-  template <typename Release>
-  void release(std::string const& aDeviceId, Release aRelease) {
-    for (Entry* const entry : waitingFor(aDeviceId)) {
-      aRelease(*entry->mCommand);
-      entry->mReleased = true;
-      entry->mCommand->mCallback = nullptr;
-    }
-  }
+  /// The address is known: gives all that wait for it, in the order of coming. What is left of them
+  /// here goes with their own answers.
+  std::vector<PendingCommandContext> release(std::string const& aDeviceId);
 
   /// True for the answer to a command that was released already; nothing is left of it then.
   bool dropReleased(ContextInformation const* aCommand);

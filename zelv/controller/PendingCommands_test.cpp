@@ -29,9 +29,9 @@ class Pending : public testing::Test {
 
   std::vector<GUID> release(std::string const& aDeviceId) {
     std::vector<GUID> ids;
-    mCommands.release(aDeviceId, [&ids](PendingCommandContext const& aCommand) {
-      ids.push_back(aCommand.mCommandId);
-    });
+    for (PendingCommandContext const& command : mCommands.release(aDeviceId)) {
+      ids.push_back(command.mCommandId);
+    }
     return ids;
   }
 
