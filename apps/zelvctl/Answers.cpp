@@ -27,6 +27,9 @@ Answers::~Answers() {
 bool Answers::send(URL const& aAddress, std::string const& aText) {
   std::string const key = aAddress.toString();
   std::lock_guard const lock(mLock);
+  if (mBytes + aText.size() > MaxBytes) {
+    return false;
+  }
   auto entry = mWaiting.find(key);
   if (entry == mWaiting.end()) {
     if (mWaiting.size() >= MaxAddresses) {
@@ -40,6 +43,7 @@ bool Answers::send(URL const& aAddress, std::string const& aText) {
     return false;
   }
   entry->second.texts.push_back(aText);
+  mBytes += aText.size();
   return true;
 }
 
@@ -56,17 +60,29 @@ void Answers::work() {
   }
 }
 
+std::string Answers::takeFirst(Waiting& aWaiting) {
+  std::string text = std::move(aWaiting.texts.front());
+  aWaiting.texts.pop_front();
+  mBytes -= text.size();
+  return text;
+}
+
+// Whoever does not take one does not take the next, and each costs seconds.
+void Answers::giveUp(Waiting& aWaiting) {
+  while (!aWaiting.texts.empty()) {
+    takeFirst(aWaiting);
+  }
+}
+
 void Answers::sendFirst(std::unique_lock<std::mutex>& aLock, std::string const& aKey) {
   Waiting& waiting = mWaiting.at(aKey);
   URL const address = waiting.address;
-  std::string const text = std::move(waiting.texts.front());
-  waiting.texts.pop_front();
+  std::string const text = takeFirst(waiting);
   aLock.unlock();
   bool const taken = mSender(address, text, mCancel);
   aLock.lock();
   if (!taken) {
-    // Whoever does not take one does not take the next, and each costs seconds.
-    waiting.texts.clear();
+    giveUp(waiting);
   }
   if (waiting.texts.empty()) {
     mWaiting.erase(aKey);

@@ -25,7 +25,8 @@ class Answers {
 
   static constexpr std::size_t Threads = 8;
   static constexpr std::size_t MaxAddresses = 64;
-  static constexpr std::size_t MaxTexts = 1000;  ///< waiting for one address
+  static constexpr std::size_t MaxTexts = 10000;      ///< waiting for one address
+  static constexpr std::size_t MaxBytes = 64U << 20;  ///< waiting in all
 
   explicit Answers(Sender aSender);
   Answers(Answers const&) = delete;
@@ -44,6 +45,8 @@ class Answers {
   };
 
   void work();
+  std::string takeFirst(Waiting& aWaiting);
+  void giveUp(Waiting& aWaiting);
   void sendFirst(std::unique_lock<std::mutex>& aLock, std::string const& aKey);
 
   Sender const mSender;
@@ -51,6 +54,7 @@ class Answers {
   std::mutex mLock;
   std::condition_variable mWork;
   bool mEnd = false;
+  std::size_t mBytes = 0;
   std::map<std::string, Waiting> mWaiting;
   /// The addresses that no thread is busy with.
   std::deque<std::string> mReady;

@@ -112,6 +112,17 @@ TEST_F(AnswersTest, AreRefusedWhenTooManyWaitForOneAddress) {
   EXPECT_TRUE(mAnswers.send(urlOf("b"), "text"));
 }
 
+TEST_F(AnswersTest, AreRefusedWhenTheyAreTooLongInAll) {
+  mClosed = {"a"};
+  mAnswers.send(urlOf("a"), "first");
+  ASSERT_TRUE(waitForBegun(1));
+  EXPECT_TRUE(mAnswers.send(urlOf("a"), std::string(Answers::MaxBytes, 'x')));
+  EXPECT_FALSE(mAnswers.send(urlOf("b"), "x"));
+  open("a");
+  ASSERT_EQ(waitForTaken(2).size(), 2U);
+  EXPECT_TRUE(mAnswers.send(urlOf("b"), "x"));
+}
+
 TEST_F(AnswersTest, AreRefusedWhenTooManyAddressesWait) {
   for (std::size_t count = 0; count < Answers::MaxAddresses; ++count) {
     mClosed.insert(std::to_string(count));

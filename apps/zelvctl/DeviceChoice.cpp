@@ -1,7 +1,6 @@
 #include "apps/zelvctl/DeviceChoice.h"
 
 #include <algorithm>
-#include <exception>
 #include <iterator>
 #include <stdexcept>
 

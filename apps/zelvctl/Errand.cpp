@@ -8,6 +8,7 @@
 #include "apps/zelvctl/Delivery.h"
 #include "apps/zelvctl/DeviceChoice.h"
 #include "apps/zelvctl/Gathering.h"
+#include "apps/zelvctl/Interrupted.h"
 #include "apps/zelvctl/Ipv4.h"
 #include "apps/zelvctl/OwnIdentity.h"
 
@@ -63,7 +64,7 @@ bool Errand::hasNewsWithin(Loop::Clock::duration aTime, std::vector<Device>& aDe
   Loop::End const end =
       mLoop.run(Clock::now() + aTime, [&] { return mPhone->devices().size() != known; });
   if (end == Loop::Stopped) {
-    throw std::runtime_error("interrupted");
+    throw Interrupted();
   }
   aDevices = mPhone->devices();
   return end == Loop::Done;
@@ -90,7 +91,7 @@ Device Errand::search() {
 bool Errand::await(std::function<bool()> const& aDone) {
   Loop::End const end = mLoop.run(mDeadline, aDone);
   if (end == Loop::Stopped) {
-    throw std::runtime_error("interrupted");
+    throw Interrupted();
   }
   return end == Loop::Done;
 }

@@ -23,7 +23,7 @@ struct Target {
 
 /// What the verbs that speak to devices have in common: who this phone is, where it is told of
 /// answers, the way to a device, and the time that is left. All operations throw std::runtime_error
-/// on what keeps them from it, the signal to stop included.
+/// on what keeps them from it, Interrupted if that is the signal to stop.
 class Errand {
  public:
   /// @param aStopDescriptor  readable once the program is to end; outlives the object, as aOptions

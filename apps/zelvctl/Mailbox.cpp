@@ -64,7 +64,7 @@ void Mailbox::listenTo(int aDescriptor) {
 
 void Mailbox::serve() {
   std::array<epoll_event, 16> events;
-  int const count = ::epoll_wait(mPoll.number(), events.data(), events.size(), 0);
+  int const count = ::epoll_wait(mPoll.number(), events.data(), static_cast<int>(events.size()), 0);
   for (int index = 0; index < count; ++index) {
     int const descriptor = events[static_cast<std::size_t>(index)].data.fd;
     if (descriptor == mListener.number()) {

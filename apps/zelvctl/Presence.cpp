@@ -18,7 +18,7 @@ void Presence::note(bool aArrived, Device const& aDevice) {
     return;
   }
   mIsAway = !aArrived;
-  mReturns += aArrived ? 1 : 0;
+  mReturns += aArrived ? 1U : 0U;
 }
 
 bool Presence::isAway() const {

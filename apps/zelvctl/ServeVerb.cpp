@@ -1,6 +1,7 @@
 #include "apps/zelvctl/ServeVerb.h"
 
 #include <cerrno>
+#include <iostream>
 #include <stdexcept>
 #include <system_error>
 
@@ -60,8 +61,9 @@ void ServeVerb::receive(std::string const& aMessage) {
 void ServeVerb::answer(ReceivedMessage& aMessage, std::string const& aCommand) {
   std::string const& text = mErrand.options().answer.value_or(aCommand);
   auto const address = aMessage.replyTo();
-  if (address && !text.empty()) {
-    mAnswers.send(*address, mMessages.answer(aMessage.messageId(), text));
+  if (address && !text.empty() &&
+      !mAnswers.send(*address, mMessages.answer(aMessage.messageId(), text))) {
+    std::cerr << "zelvctl: too many answers are waiting; one is left out\n";
   }
 }
 

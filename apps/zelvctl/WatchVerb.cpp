@@ -6,6 +6,7 @@
 
 #include "apps/zelvctl/DataMessages.h"
 #include "apps/zelvctl/Identifier.h"
+#include "apps/zelvctl/Interrupted.h"
 #include "apps/zelvctl/PrintableText.h"
 #include "apps/zelvctl/ReceivedMessage.h"
 
@@ -42,9 +43,13 @@ void WatchVerb::run() {
   mErrand.join();
   Target const target = mErrand.find(Service::data());
   mErrand.presence().follow(target.id, target.url.getDomainName());
-  subscribe(target);
-  if (mayFollow(target)) {
-    follow(target);
+  try {
+    subscribe(target);
+    if (mayFollow(target)) {
+      follow(target);
+    }
+  } catch (Interrupted const&) {
+    // the set may have got it all the same
   }
   mErrand.loop().ignoreStop();
   if (!mErrand.presence().isAway()) {
