@@ -29,18 +29,10 @@ ICoreData* findInterface() {
 
 /// What a subscriber throws must neither end the thread that reports a change nor keep the next
 /// subscriber from hearing of it.
-///
-/// @param aLongest  null when the time is taken elsewhere.
-void tell(IBaseDataCallback& aSubscriber, std::string const& aXPath, std::string const& aValue,
-          ContextInformation const* aContext, GUID const& aId, LongestCall* aLongest) {
-  InsideDelivery const delivery;
+template <typename Call>
+void contained(Call aCall) {
   try {
-    if (aLongest == nullptr) {
-      aSubscriber.onData(aXPath, aValue, aContext, aId);
-      return;
-    }
-    TimedCall const call(*aLongest, "onData", typeid(aSubscriber), aXPath);
-    aSubscriber.onData(aXPath, aValue, aContext, aId);
+    aCall();
   } catch (std::exception const& exception) {
     PCRealDebug::Print(PCRealDebug::Error,
                        "DataSubscriptionManager::tell: Exception in a subscriber: %s",
@@ -51,6 +43,15 @@ void tell(IBaseDataCallback& aSubscriber, std::string const& aXPath, std::string
   }
 }
 
+void tellTimed(IBaseDataCallback& aSubscriber, std::string const& aXPath, std::string const& aValue,
+               ContextInformation const* aContext, GUID const& aId, LongestCall& aLongest) {
+  contained([&] {
+    TimedCall const call(aLongest, "onData", typeid(aSubscriber), aXPath);
+    aSubscriber.onData(aXPath, aValue, aContext, aId);
+  });
+}
+
+/// @param aLongest  null when the time is taken elsewhere.
 void tellOfChange(IBaseDataCallback* aSubscriber, std::string const& aXPath,
                   std::string const& aValue, ContextInformation const* aContext, GUID const& aId,
                   LongestCall* aLongest) {
@@ -60,7 +61,11 @@ void tellOfChange(IBaseDataCallback* aSubscriber, std::string const& aXPath,
                        "pointer!!!.");
     return;
   }
-  tell(*aSubscriber, aXPath, aValue, aContext, aId, aLongest);
+  if (aLongest != nullptr) {
+    tellTimed(*aSubscriber, aXPath, aValue, aContext, aId, *aLongest);
+    return;
+  }
+  contained([&] { aSubscriber->onData(aXPath, aValue, aContext, aId); });
 }
 
 bool isOfTheTree(std::string const& aXPath) {
@@ -202,8 +207,9 @@ void DataSubscriptionManager::notifySubscriber(GUID const& aSubscriptionId,
                        "pointer!!!.");
     return;
   }
-  tell(*subscription.getSubscriber(), subscription.getXPath(), aValue, subscription.getContext(),
-       subscription.getId(), &mLongestCallback);
+  InsideDelivery const inside;
+  tellTimed(*subscription.getSubscriber(), subscription.getXPath(), aValue,
+            subscription.getContext(), subscription.getId(), mLongestCallback);
 }
 
 /// An answered request stays, since its id may still be unsubscribed and the device may answer
@@ -242,6 +248,7 @@ void DataSubscriptionManager::notifySubscribers(std::string const& aXPath,
 void DataSubscriptionManager::notifyFrom(Table::iterator aFirst, std::string const& aXPath,
                                          std::string const& aValue, IBaseDataCallback* aExcluded) {
   ChangedPath const change(aXPath);
+  InsideDelivery const inside;
   for (auto at = aFirst; at != mTable.end();) {
     SubscriptionEntry const& entry = at->second;
     eDelivery const delivery = deliveryOf(entry, change, aExcluded);
@@ -269,12 +276,18 @@ void DataSubscriptionManager::notifyFrom(Table::iterator aFirst, std::string con
 void DataSubscriptionManager::notifyByPlan(std::string const& aXPath, std::string const& aValue,
                                            IBaseDataCallback* aExcluded) {
   std::shared_ptr<DeliveryPlan const> const plan = planOf(aXPath);
-  if (plan->steps.empty()) {
-    return;
+  if (!plan->steps.empty()) {
+    carryOut(*plan, aXPath, aValue, aExcluded);
   }
-  TimedDeliveries const deliveries(mLongestCallback, plan->steps.size(), aXPath, mSuspicious);
+}
+
+/// @param aPlan  held by the caller.
+void DataSubscriptionManager::carryOut(DeliveryPlan const& aPlan, std::string const& aXPath,
+                                       std::string const& aValue, IBaseDataCallback* aExcluded) {
+  InsideDelivery const inside;
+  TimedDeliveries const deliveries(mLongestCallback, aPlan.steps.size(), aXPath, mSuspicious);
   LongestCall* const longest = deliveries.each();
-  for (DeliveryPlan::Step const& step : plan->steps) {
+  for (DeliveryPlan::Step const& step : aPlan.steps) {
     if (step.subscriber == aExcluded) {
       continue;
     }
@@ -285,7 +298,7 @@ void DataSubscriptionManager::notifyByPlan(std::string const& aXPath, std::strin
       continue;
     }
     tellOfChange(step.subscriber, aXPath, aValue, step.context, step.id, longest);
-    if (mGeneration != plan->generation) {
+    if (mGeneration != aPlan.generation) {
       notifyFrom(mTable.upper_bound(step.id), aXPath, aValue, aExcluded);
       return;
     }

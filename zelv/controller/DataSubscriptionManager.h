@@ -103,6 +103,8 @@ class DataSubscriptionManager : public virtual ICoreCommandCallback,
   std::shared_ptr<DeliveryPlan const> planOf(std::string const& aXPath) ZELV_REQUIRES(mMutex);
   void notifyByPlan(std::string const& aXPath, std::string const& aValue,
                     IBaseDataCallback* aExcluded) ZELV_REQUIRES(mMutex);
+  void carryOut(DeliveryPlan const& aPlan, std::string const& aXPath, std::string const& aValue,
+                IBaseDataCallback* aExcluded) ZELV_REQUIRES(mMutex);
   void notifyFrom(Table::iterator aFirst, std::string const& aXPath, std::string const& aValue,
                   IBaseDataCallback* aExcluded) ZELV_REQUIRES(mMutex);
   bool reRead(SubscriptionEntry const& aEntry) ZELV_REQUIRES(mMutex);
