@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -72,6 +73,9 @@ TEST_F(ZelvTvDiagnostics, ShowsARequestThatNeverLeftAndTheThreads) {
                                            "Zelv::Core::[A-Za-z]+ /Zelv/.*")));
   EXPECT_THAT(lines, Contains("peers 0"));
   EXPECT_EQ(lines.back(), "stats " + std::to_string(lines.size() - 1));
+  // At the end of its input it would wait for the answer.
+  tv.Signal(SIGTERM);
+  EXPECT_EQ(tv.ExitStatus(), 0);
 }
 
 }  // namespace
