@@ -57,7 +57,8 @@ std::optional<std::string> localPath(std::string const& aXPath) {
 
 }  // namespace
 
-RemoteDataReader::RemoteDataReader(std::string const& aMessage) {
+RemoteDataReader::RemoteDataReader(std::string const& aMessage)
+    : mMessage(Infrastructure::HierarchicalDB::OfOneThread{}) {
   mMessage.loadFromString(aMessage);
 }
 

@@ -19,9 +19,7 @@ struct Fields {
 /// The last field alone decides: phones that leave out the user's name have always been refused,
 /// and those that leave out anything else have always been heard.
 int read(std::string const& aInputString, Fields& aFields) {
-  // One for all messages of a thread: it remembers how to find the four fields, which takes as long
-  // as parsing a message does.
-  static thread_local Infrastructure::HierarchicalDB document;
+  Infrastructure::HierarchicalDB document(Infrastructure::HierarchicalDB::OfOneThread{});
   document.loadFromString(aInputString);
   document.getContent("/OnInput/Type/text()", aFields.type);
   document.getContent("/OnInput/Value/node()", aFields.value);

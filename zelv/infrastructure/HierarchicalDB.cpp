@@ -2,6 +2,9 @@
 
 #include <tinyxml.h>
 
+#include <utility>
+
+#include "zelv/infrastructure/PlainXml.h"
 #include "zelv/infrastructure/Query.h"
 #include "zelv/infrastructure/QueryAnswer.h"
 #include "zelv/infrastructure/QueryCache.h"
@@ -86,6 +89,12 @@ int refuse(char const* aObjection) {
 }  // namespace
 
 HierarchicalDB::HierarchicalDB() = default;
+
+HierarchicalDB::HierarchicalDB(OfOneThread) : mOfOneThread(true) {
+  static thread_local QueryCache queries;
+  mQueries = &queries;
+}
+
 HierarchicalDB::~HierarchicalDB() = default;
 
 int HierarchicalDB::loadFromFile(std::string const& aPath) {
@@ -113,6 +122,9 @@ int HierarchicalDB::loadFromFile(std::string const& aPath) {
 }
 
 int HierarchicalDB::loadFromString(std::string const& aXml) {
+  if (mOfOneThread && loadPlain(aXml)) {
+    return 0;
+  }
   reset();
   char const* const objection = load(aXml);
   if (objection != nullptr) {
@@ -135,6 +147,7 @@ bool HierarchicalDB::isLoaded() {
 
 int HierarchicalDB::saveToFile(std::string const& aPath) {
   TCAutoLock lock(mLock);
+  buildTree();
   // The text is checked before the file is touched: what may not replace a file is not written.
   std::string text;
   bool const saved = print(text) && Platform::DurableFile::Write(aPath, text.data(), text.size());
@@ -152,6 +165,7 @@ int HierarchicalDB::serialize(std::string& aOut, int aDepth) {
     PCRealDebug::Print(PCRealDebug::Warning, "HierarchicalDB::serialize: Document not loaded.");
     return -1;
   }
+  buildTree();
   XMLSerializer::serializeDocument(mDocument.get(), aOut, aDepth);
   return 0;
 }
@@ -167,8 +181,16 @@ int HierarchicalDB::getContent(std::string const& aXPath, std::string& aResult) 
     return -1;
   }
   aResult.clear();
-  if (!mQueries) {
-    mQueries = std::make_unique<QueryCache>();
+  if (mPlain) {
+    PlainXml::Found const found = mPlain->content(aXPath, aResult);
+    if (found != PlainXml::Found::Unasked) {
+      return found == PlainXml::Found::Yes ? 0 : -1;
+    }
+    buildTree();
+  }
+  if (mQueries == nullptr) {
+    mOwnQueries = std::make_unique<QueryCache>();
+    mQueries = mOwnQueries.get();
   }
   return answer(mQueries->find(aXPath), aResult);
 }
@@ -200,6 +222,7 @@ int HierarchicalDB::setContent(std::string const& aXPath, std::string const& aVa
     PCRealDebug::Print(PCRealDebug::Warning, "HierarchicalDB::setContent: Document not loaded.");
     return -1;
   }
+  buildTree();
   std::string path = aXPath;
   if (path.empty() || path.front() != '/') {
     path.insert(0, 1, '/');
@@ -223,9 +246,33 @@ void HierarchicalDB::separateXPath(std::string aPredicate, std::string& aName,
   XPathDialect::separate(aPredicate, aName, aCondition);
 }
 
+bool HierarchicalDB::loadPlain(std::string const& aXml) {
+  auto plain = std::make_unique<PlainXml>(aXml);
+  if (!plain->isPlain()) {
+    return false;
+  }
+  forget();
+  mPlain = std::move(plain);
+  mLoaded = true;
+  return true;
+}
+
+void HierarchicalDB::buildTree() {
+  if (mPlain) {
+    mDocument = std::make_unique<TiXmlDocument>();
+    load(mPlain->text());
+    mPlain.reset();
+  }
+}
+
 void HierarchicalDB::reset() {
-  mDocument.reset();
+  forget();
   mDocument = std::make_unique<TiXmlDocument>();
+}
+
+void HierarchicalDB::forget() {
+  mPlain.reset();
+  mDocument.reset();
   mLoaded = false;
   mMarked = false;
   mRoom.reset();

@@ -14,6 +14,7 @@ class TiXmlElement;
 
 namespace Zelv::Infrastructure {
 
+class PlainXml;
 class Query;
 class QueryCache;
 class XmlFragment;
@@ -37,7 +38,15 @@ class XmlFragment;
 /// and be 16 MiB long, a file 4 MiB; a result of getContent() may be 8 MiB long.
 class ZELV_EXPORT HierarchicalDB {
  public:
+  /// For a document that lives as long as one message, and on one thread.
+  struct OfOneThread {};
+
   HierarchicalDB();
+
+  /// The tree is built only when it is needed. The paths are those of the messages before it: what
+  /// the thread has made of them is used again, since that takes as long as parsing a message. MUST
+  /// be used by the thread that makes it alone.
+  explicit HierarchicalDB(OfOneThread);
   HierarchicalDB(HierarchicalDB const&) = delete;
   HierarchicalDB& operator=(HierarchicalDB const&) = delete;
   ~HierarchicalDB();
@@ -93,8 +102,13 @@ class ZELV_EXPORT HierarchicalDB {
   void separateXPath(std::string aPredicate, std::string& aName, std::string& aCondition);
 
  private:
+  void forget();
   /// Forgets the document and begins an empty one.
   void reset();
+  /// False if the text is none of the kind that needs no tree.
+  bool loadPlain(std::string const& aXml);
+  /// To be called before the tree is looked at.
+  void buildTree();
   /// Null, or what there is too much of.
   char const* load(std::string const& aXml);
   TiXmlElement* root() const;
@@ -120,10 +134,15 @@ class ZELV_EXPORT HierarchicalDB {
   /// Loads take no lock, so that neither this nor the flag is guarded.
   std::unique_ptr<TiXmlDocument> mDocument;
   bool mLoaded = false;
+  bool mOfOneThread = false;
+  /// The document while it has no tree.
+  std::unique_ptr<PlainXml> mPlain;
   /// Whether the text began with the mark of UTF-8, which the file keeps.
   bool mMarked = false;
   XmlRoom mRoom;
-  std::unique_ptr<QueryCache> mQueries ZELV_GUARDED_BY(mLock);
+  std::unique_ptr<QueryCache> mOwnQueries ZELV_GUARDED_BY(mLock);
+  /// Null until the first is asked; otherwise its own, or those of the thread.
+  QueryCache* mQueries ZELV_GUARDED_BY(mLock) = nullptr;
 };
 
 }  // namespace Zelv::Infrastructure
