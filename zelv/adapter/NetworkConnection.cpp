@@ -643,7 +643,8 @@ void NetworkConnection::interrupt() {
 void NetworkConnection::closeSocket() {
   int const socket = mSocket.exchange(-1);
   int const result = socket < 0 ? -1 : CCmSocket::Close(socket);
-  if (result < 0) {
+  // Nothing unusual: whoever closes last finds it closed. So the words are not made for nobody.
+  if (result < 0 && PCRealDebug::Enabled(PCRealDebug::Notable)) {
     PCRealDebug::Print(PCRealDebug::Notable,
                        "NetworkConnection::closeConnection: Failed to Shutdown socket, errno=%s.",
                        socketErrorText(socket < 0 ? EBADF : errno).c_str());

@@ -546,7 +546,7 @@ void CommandController::unregisterCommandHandler(GUID const& aHandle) {
 
 void CommandController::onMessage(std::string const& aMessage, std::string const&) {
   TraceScope trace("CommandController::onMessage");
-  HierarchicalDB message;
+  HierarchicalDB message(HierarchicalDB::OfOneThread{});
   message.loadFromString(aMessage);
   if (!message.isLoaded()) {
     PCRealDebug::Print(PCRealDebug::Error, "CommandController::onMessage: Failed to load Message.");
@@ -575,12 +575,15 @@ void CommandController::onMessage(std::string const& aMessage, std::string const
   }
   CommandArgs const args{GUID::createGUID(), GUID(messageId), senderId, replyTo};
   std::unique_ptr<CommandControllerTask> task = taskOf(body, args, relatesTo);
-  TCAutoLock lock(mLock);
-  if (!mTasks.pushFromNetwork(std::move(task))) {
-    PCRealDebug::Print(PCRealDebug::Warning,
-                       "CommandController::onMessage: Too many commands wait, message dropped.");
-    return;
+  {
+    TCAutoLock lock(mLock);
+    if (!mTasks.pushFromNetwork(std::move(task))) {
+      PCRealDebug::Print(PCRealDebug::Warning,
+                         "CommandController::onMessage: Too many commands wait, message dropped.");
+      return;
+    }
   }
+  // Without the lock, which the thread that wakes takes first.
   mTaskSemaphore.Give();
 }
 

@@ -50,18 +50,23 @@ bool DeviceServiceQueue::postCommand(std::string const& aMessage) {
                        "DeviceServiceQueue::postCommand: Command String is empty!!!!");
     return false;
   }
-  TCAutoLock lock(mLock);
-  if (mTerminate) {
-    ++mDropped;  // the thread may be gone, and nobody would take it out
-    return true;
+  bool counted = false;
+  {
+    TCAutoLock lock(mLock);
+    if (mTerminate) {
+      ++mDropped;  // the thread may be gone, and nobody would take it out
+      return true;
+    }
+    // The count of a dropped text stands for this one.
+    counted = makeRoomFor(aMessage.size()) > 0;
+    mTexts.push_back(aMessage);
+    mWaitingBytes += aMessage.size();
+    noteLength();
+    mLastActivity = PCTime::MonotonicMs();
   }
-  std::size_t const dropped = makeRoomFor(aMessage.size());
-  mTexts.push_back(aMessage);
-  mWaitingBytes += aMessage.size();
-  noteLength();
-  mLastActivity = PCTime::MonotonicMs();
-  if (dropped == 0) {
-    mSemaphore.Give();  // else the count of a dropped text stands for this one
+  // Without the lock, which the thread that wakes takes first.
+  if (!counted) {
+    mSemaphore.Give();
   }
   return true;
 }
