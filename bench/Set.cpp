@@ -15,15 +15,15 @@ Set::Set() {
   start(ZELV_BENCH_FACTORY_FILES);
 }
 
-Set::Set(int aHeartBeatInterval) {
-  std::filesystem::copy(ZELV_BENCH_FACTORY_FILES, mFactoryFiles.path());
-  std::ifstream file(mFactoryFiles.path() + "Devices.xml");
+Set::Set(int aHeartBeatInterval) : mFactoryFiles(std::make_unique<TemporaryDirectory>()) {
+  std::filesystem::copy(ZELV_BENCH_FACTORY_FILES, mFactoryFiles->path());
+  std::ifstream file(mFactoryFiles->path() + "Devices.xml");
   std::string text{std::istreambuf_iterator<char>(file), {}};
   std::string const tag = "<HeartBeatInterval>";
   std::size_t const from = text.find(tag) + tag.size();
   text.replace(from, text.find('<', from) - from, std::to_string(aHeartBeatInterval));
-  mFactoryFiles.put("Devices.xml", text);
-  start(mFactoryFiles.path());
+  mFactoryFiles->put("Devices.xml", text);
+  start(mFactoryFiles->path());
 }
 
 void Set::start(std::string const& aFactoryFiles) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "bench/TemporaryDirectory.h"
@@ -25,7 +26,7 @@ class Set {
   void start(std::string const& aFactoryFiles);
 
   TemporaryDirectory mDirectory;
-  TemporaryDirectory mFactoryFiles;
+  std::unique_ptr<TemporaryDirectory> mFactoryFiles;
   IAppData* mData = nullptr;
 };
 

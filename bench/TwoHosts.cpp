@@ -60,6 +60,9 @@ int newNetwork() {
     becomeRoot(user, group);
   }
   ip("link set lo up");
+  // Each message leaves its port occupied for a minute, of which there would soon be none.
+  std::ofstream("/proc/sys/net/ipv4/tcp_tw_reuse") << "1";
+  std::ofstream("/proc/sys/net/ipv4/ip_local_port_range") << "10240 65535";
   return open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC);
 }
 

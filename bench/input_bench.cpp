@@ -11,7 +11,11 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <deque>
+#include <mutex>
 #include <string>
+#include <thread>
+#include <utility>
 
 #include "zelv/adapter/NetworkAdapter.h"
 #include "zelv/controller/UserController.h"
@@ -119,6 +123,68 @@ void bareDatagram(benchmark::State& aState) {
   close(reader.socket);
 }
 
+/// The least that a thread of its own for subscribers costs: a queue, and one more to wake.
+class BareWorker {
+ public:
+  explicit BareWorker(Arrivals& aArrivals) : mArrivals(aArrivals), mThread([this] { work(); }) {}
+  ~BareWorker() {
+    post("");
+    mThread.join();
+  }
+
+  void post(std::string const& aText) {
+    {
+      std::lock_guard const lock(mMutex);
+      mTexts.push_back(aText);
+    }
+    mPosted.arrive();
+  }
+
+ private:
+  void work() {
+    for (std::string text = take(); !text.empty(); text = take()) {
+      benchmark::DoNotOptimize(text.data());
+      mArrivals.arrive();
+    }
+  }
+
+  std::string take() {
+    mPosted.take();
+    std::lock_guard const lock(mMutex);
+    std::string text = std::move(mTexts.front());
+    mTexts.pop_front();
+    return text;
+  }
+
+  Arrivals& mArrivals;
+  Arrivals mPosted;
+  std::mutex mMutex;
+  std::deque<std::string> mTexts;
+  std::thread mThread;
+};
+
+/// Reads until the socket is shut down.
+void readAndPost(int aSocket, BareWorker& aWorker) {
+  char buffer[cBuffer];
+  ssize_t size = recv(aSocket, buffer, sizeof buffer - 1, 0);
+  while (size > 0) {
+    aWorker.post(std::string(buffer, static_cast<std::size_t>(size)));
+    size = recv(aSocket, buffer, sizeof buffer - 1, 0);
+  }
+}
+
+void bareDatagramHandedOn(benchmark::State& aState) {
+  Arrivals arrivals;
+  BareWorker worker(arrivals);
+  int port = 0;
+  int const reader = boundSocket(port);
+  std::thread thread([&] { readAndPost(reader, worker); });
+  sendDatagrams(aState, port, arrivals);
+  shutdown(reader, SHUT_RDWR);
+  thread.join();
+  close(reader);
+}
+
 class Subscriber : public virtual Zelv::ICoreUserCallback {
  public:
   void onUserInput(std::string const& aType, std::string const& aValue, std::string const&,
@@ -179,6 +245,7 @@ void inputText(benchmark::State& aState) {
 }
 
 BENCHMARK(bareDatagram)->UseRealTime();
+BENCHMARK(bareDatagramHandedOn)->UseRealTime();
 BENCHMARK(inputDatagram)->UseRealTime();
 BENCHMARK(inputMessage)->UseRealTime();
 BENCHMARK(inputText);
