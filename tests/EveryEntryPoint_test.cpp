@@ -166,8 +166,12 @@ TEST(EveryEntryPoint, MayBeUsedByEightThreadsAtOnceWithCallbacksThatCallBackIn) 
   }
   int lost = 0;
   int rounds = 0;
-  while (steady_clock::now() < end) {
+  bool answered = true;
+  while (answered && steady_clock::now() < end) {
     lost += speakOnce(rounds++);
+    // The network brings work faster than the one data worker does it, and what is too much is
+    // dropped; so it waits for its turn from time to time.
+    answered = rounds % 20 != 0 || treeAnswers(system);
   }
   for (std::thread& thread : threads) {
     thread.join();
@@ -179,6 +183,7 @@ TEST(EveryEntryPoint, MayBeUsedByEightThreadsAtOnceWithCallbacksThatCallBackIn) 
   }
   EXPECT_EQ(lost, 0) << "of " << rounds;
   EXPECT_GT(rounds, 0);
+  EXPECT_TRUE(answered);
   EXPECT_TRUE(treeAnswers(system));
   Zelv::InterfaceFactory::terminate();
 }

@@ -112,13 +112,13 @@ TEST_F(CoreStart, SeedingRunsItsLinesInOrderEachFollowedBySync) {
 TEST_F(CoreStart, WithDevicesPresentNothingIsCopiedEvenIfOtherFilesAreMissing) {
   std::string const mine = std::string(Testing::cSmallDevices).replace(1, 7, "Devices Mine='1'");
   mSet.directories.putWritable("Devices.xml", mine);
-  mSet.directories.putReadOnly("Users.xml", "<Users/>");
+  mSet.directories.putReadOnly("Mime.xml", "<mimetypes/>");
   Core* const core = SmallSet::start();
   ASSERT_NE(core, nullptr) << mSet.log.dump();
   EXPECT_THAT(FakeShell::Lines(), Not(Contains(seedLine())));
   // Those that components load were restored one by one.
   EXPECT_THAT(mSet.directories.listWritable(),
-              ElementsAre("Applications.xml", "Configuration.xml", "Devices.xml"));
+              ElementsAre("Applications.xml", "Configuration.xml", "Devices.xml", "Users.xml"));
   EXPECT_THAT(mSet.directories.getWritable("Devices.xml"), HasSubstr("Mine=\"1\""));
   EXPECT_THAT(mSet.log,
               Logged(PCRealDebug::Detail,

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "zelv/core/GenericDataProvider.h"
+#include "zelv/core/MultiAccount.h"
 #include "zelv/core/MultiDevice.h"
 #include "zelv/core/testing/Component.h"
 #include "zelv/core/testing/Listener.h"
@@ -58,8 +59,9 @@ class CoreTest : public ::testing::Test {
     return texts;
   }
 
-  /// The device branch refuses to be registered a second time.
+  /// The branches of devices and users refuse to be registered a second time.
   void startAgain() {
+    mCore->unregisterDataProvider("/Zelv/Users");
     mCore->unregisterDataProvider("/Zelv/Devices");
     mCore->initialize();
   }
@@ -106,7 +108,9 @@ TEST_F(CoreTest, GetCoreGivesTheRunningInstance) {
 
 TEST_F(CoreTest, StartMakesTheStandardComponents) {
   auto const components = mCore->getRegisteredComponents();
-  ASSERT_EQ(components.size(), 3U);
+  ASSERT_EQ(components.size(), 4U);
+  ASSERT_EQ(components.count("MultiAccount"), 1U);
+  EXPECT_NE(dynamic_cast<Core::MultiAccount*>(components.at("MultiAccount")), nullptr);
   ASSERT_EQ(components.count("MultiDevice"), 1U);
   EXPECT_NE(dynamic_cast<Core::MultiDevice*>(components.at("MultiDevice")), nullptr);
   for (char const* name : {"ApplicationsManager", "ConfigurationManager"}) {
@@ -121,7 +125,8 @@ TEST_F(CoreTest, StartGoesThroughItsStepsInOrder) {
   for (std::string const& text : mSet.log.texts(PCRealDebug::Trace)) {
     for (char const* step : {"Core::copyDataDirectoryFiles", "TimerController::initialize",
                              "EnvironmentController::createEnvironment",
-                             "LifetimeController::initialize", "DataController::initialize"}) {
+                             "LifetimeController::initialize", "DataController::initialize",
+                             "CommandController::initialize", "UserController::initialize"}) {
       if (text == std::string(step) + ": Entry.") {
         steps.push_back(step);
       }
@@ -129,7 +134,8 @@ TEST_F(CoreTest, StartGoesThroughItsStepsInOrder) {
   }
   EXPECT_THAT(steps, ElementsAre("Core::copyDataDirectoryFiles", "TimerController::initialize",
                                  "EnvironmentController::createEnvironment",
-                                 "LifetimeController::initialize", "DataController::initialize"));
+                                 "LifetimeController::initialize", "DataController::initialize",
+                                 "CommandController::initialize", "UserController::initialize"));
 }
 
 TEST_F(CoreTest, StopGoesThroughItsStepsInOrder) {
@@ -137,21 +143,25 @@ TEST_F(CoreTest, StopGoesThroughItsStepsInOrder) {
   InterfaceFactory::terminate();
   std::vector<std::string> steps;
   for (std::string const& text : mSet.log.texts(PCRealDebug::Trace)) {
-    for (char const* step : {"LifetimeController::terminate", "DataController::terminate",
+    for (char const* step : {"LifetimeController::terminate", "UserController::terminate",
+                             "CommandController::terminate", "DataController::terminate",
                              "TimerController::terminate", "NetworkAdapter::terminate"}) {
       if (text == std::string(step) + ": Entry.") {
         steps.push_back(step);
       }
     }
-    for (char const* component : {"ApplicationsManager", "ConfigurationManager", "MultiDevice"}) {
+    for (char const* component :
+         {"ApplicationsManager", "ConfigurationManager", "MultiAccount", "MultiDevice"}) {
       if (text.find("Removing component '" + std::string(component)) != std::string::npos) {
         steps.push_back(component);
       }
     }
   }
-  EXPECT_THAT(steps, ElementsAre("LifetimeController::terminate", "DataController::terminate",
+  EXPECT_THAT(steps, ElementsAre("LifetimeController::terminate", "UserController::terminate",
+                                 "CommandController::terminate", "DataController::terminate",
                                  "TimerController::terminate", "NetworkAdapter::terminate",
-                                 "ApplicationsManager", "ConfigurationManager", "MultiDevice"));
+                                 "ApplicationsManager", "ConfigurationManager", "MultiAccount",
+                                 "MultiDevice"));
 }
 
 TEST_F(CoreTest, StopTwiceIsHarmless) {
