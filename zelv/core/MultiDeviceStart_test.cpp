@@ -173,7 +173,7 @@ TEST_F(MultiDeviceStart, WithoutACableTheOldAddressStays) {
 
 TEST_F(MultiDeviceStart, AStartRefreshesAddressesThenModelThenIdentityAtOneReplacementEach) {
   put("");
-  set.directories.putWritable("Users.xml", SmallSet::cUsers);
+  set.directories.putWritable("Users.xml", "<Users/>");
   g_AppTV.SetProductCode("UE40");
   FakeFiles::Reset();
   start();
