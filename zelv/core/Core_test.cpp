@@ -236,6 +236,7 @@ TEST(CoreWithoutWorker, RequestsFromBeforeItsStartRunAfterwardsInOrder) {
   core->setData(SmallSet::cNamePath, "late", &listener, true);
   GUID const second = core->requestData(SmallSet::cNamePath, nullptr, &listener);
   EXPECT_THAT(listener.all(), IsEmpty());
+  core->unregisterDataProvider("/Zelv/Users");
   core->unregisterDataProvider("/Zelv/Devices");
   core->initialize();
   ASSERT_TRUE(listener.waitFor(second));
