@@ -32,7 +32,10 @@ class Attempts:
         self._code = ctypes.create_string_buffer(code)
         self.socket.setsockopt(socket.SOL_SOCKET, SO_ATTACH_FILTER,
                                struct.pack("HL", length, ctypes.addressof(self._code)))
-        self.socket.setsockopt(socket.SOL_SOCKET, SO_RCVBUFFORCE, ROOM)
+        try:
+            self.socket.setsockopt(socket.SOL_SOCKET, SO_RCVBUFFORCE, ROOM)
+        except PermissionError:
+            pass  # there is room for a few hundred
         self.socket.bind(("eth0", ETH_P_IP))
         self.count = 0
         self._last = {}

@@ -175,6 +175,7 @@ class Phone:
         self.node = node
         self.says = Caller(node.address, kind, name)
         self.id = self.says.id
+        plenty_of_ports(node, network)
         self.speaker = Speaker(node, network)
         self.data = Service(node, network, DATA)
         self.commands = Service(node, network, COMMAND)
@@ -229,6 +230,15 @@ class Phone:
         with self.data.news:
             return [value_of(message) for message in self.data.taken
                     if subscription_of(message) == subscription]
+
+
+def plenty_of_ports(node, network):
+    """A connection for each message uses them up within seconds: those of a minute ago may be used
+    again at once."""
+    with Visit(network.namespace(node.name)):
+        for name, value in (("tcp_tw_reuse", "1"), ("ip_local_port_range", "10000 65535")):
+            with open("/proc/sys/net/ipv4/" + name, "w", encoding="ascii") as setting:
+                setting.write(value)
 
 
 def whole_message(connection):

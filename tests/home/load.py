@@ -12,7 +12,8 @@ import time
 import homecase
 from homecase import PATIENCE
 from lab import alone
-from lab.peer import DATA, Caller, Service, subscription_of, value_of, whole_message
+from lab.peer import (DATA, Caller, Service, plenty_of_ports, subscription_of, value_of,
+                      whole_message)
 from lab.speaker import Speaker, new_id
 from phonecase import MOBILE, NAME
 
@@ -105,6 +106,7 @@ class PhoneAtWork:
         self.says = Caller(node.address, "MOBILE", "at work")
         self.waiting = {}
         self.watched = {}
+        plenty_of_ports(node, network)
         self.service = Service(node, network, DATA)
         self.service.confirm = self._take
         speaker = Speaker(node, network)

@@ -102,7 +102,7 @@ class Strangers(phonecase.PhoneCase):
     def ask(self, most=1.0):
         """The set's own tree, a phone's read, and a command with its return."""
         self.timed("local", most, lambda: self.tv.ask(NAME) is not None)
-        self.timed("remote", most, lambda: self.good.read(self.address, NAME, 5) is not None)
+        self.timed("remote", most, lambda: self.good.read(self.address, NAME, 8) is not None)
         self.timed("command", most, self.command_is_answered)
         for name, value in self.resources().items():
             self.most[name] = max(self.most[name], value)
@@ -112,7 +112,7 @@ class Strangers(phonecase.PhoneCase):
         since = len(self.good.commands.taken)
         self.good.tell(self.address, COMMAND, self.good.says.command("<Echo>?</Echo>", question))
         return self.good.commands.wait_for(
-            lambda message: message.header("RelatesTo") == question, 5, since)
+            lambda message: message.header("RelatesTo") == question, 8, since)
 
     def timed(self, what, most, question):
         begin = time.monotonic()
@@ -280,7 +280,7 @@ class Strangers(phonecase.PhoneCase):
     def flood(self, seconds):
         """Questions, writes, commands and input at full speed from several threads."""
         ending = threading.Event()
-        sent = []
+        sent, answered = [], []
         says = self.stranger.says
 
         def work(port, make):
@@ -298,26 +298,40 @@ class Strangers(phonecase.PhoneCase):
         threads = [threading.Thread(target=work, args=maker) for maker in makers]
         for thread in threads:
             thread.start()
+        # Few connections may wait at a port. Who finds no place is tried again by the kernel after one,
+        # two, four seconds, so that a phone waits, but it is answered.
+        asker = threading.Thread(target=self.ask_as_phone, args=(ending, answered))
+        asker.start()
         questions = 0
         try:
             deadline = time.monotonic() + seconds
             while time.monotonic() < deadline:
-                self.ask(2.0)
-                questions += 3
+                self.timed("local", 1.0, lambda: self.tv.ask(NAME) is not None)
+                questions += 1
                 time.sleep(0.05)
         finally:
             ending.set()
-            for thread in threads:
+            for thread in [*threads, asker]:
                 thread.join()
-        print(f"\n  {sum(sent)} messages, {questions} questions answered meanwhile", flush=True)
+        self.assertNotIn(False, answered)
+        self.assertGreater(len(answered), 0)
+        print(f"\n  {sum(sent)} messages; meanwhile {questions} local questions answered, and "
+              f"{len(answered)} of a phone", flush=True)
         self.check(memory_kib=16384)
+
+    def ask_as_phone(self, ending, answered):
+        while not ending.is_set():
+            begin = time.monotonic()
+            answered.append(self.good.read(self.address, NAME, 40) is not None)
+            self.slowest["remote"] = max(self.slowest["remote"], time.monotonic() - begin)
 
     def huge(self, mebibytes):
         """Twice: the allocator keeps the room of the first time, the second must not take more."""
         self.send_huge(mebibytes)
         self.before["memory"] = self.resources()["memory"]
         self.send_huge(mebibytes)
-        self.check(memory_kib=mebibytes * 1024)
+        # But for one text and what the parser makes of it, which may lie in the way of the rest.
+        self.check(memory_kib=mebibytes * 6 * 1024)
 
     def send_huge(self, mebibytes):
         """Texts as large as a message may be, and some that are never finished."""
