@@ -10,8 +10,7 @@
 namespace {
 
 TEST(ZelvHeader, IncludesEveryHeaderOfTheInterfaces) {
-  std::filesystem::path const library =
-      std::filesystem::path(__FILE__).parent_path().parent_path() / "zelv";
+  std::filesystem::path const library = ZELV_TEST_SOURCES "zelv";
   std::ifstream file(library / "Zelv.h");
   std::ostringstream content;
   content << file.rdbuf();

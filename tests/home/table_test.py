@@ -240,7 +240,7 @@ class Forms(homecase.OneSetCase):
                 ("DataControl", "tcp", 4446), ("TVControl", "tcp", 4447),
                 ("CommandControl", "tcp", 4448), ("InputControl", "udp", 4449),
                 ("AssetManagement", "http", 4450)))
-        return (f"<Device ID='{self.id}'><Name>tv1</Name><Model></Model>"
+        return (f"<Device ID='{self.id}'><Name>tv1</Name><Model>zelv-tv</Model>"
                 "<Location>Living room</Location><Type>TV</Type>"
                 f"<Services>{services}</Services></Device>")
 

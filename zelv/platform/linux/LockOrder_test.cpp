@@ -84,6 +84,8 @@ TEST_F(LockOrderTest, WhatWasReleasedFirstIsNoLongerHeld) {
   LockOrder::Released(lock(1));
   take({3});
   LockOrder::Released(lock(2));
+  // The second one lay between the first and the third.
+  LockOrder::Gone(lock(2));
   take({3, 1});
   EXPECT_TRUE(theCircles.empty());
 }
