@@ -55,6 +55,8 @@ class ZELV_EXPORT Core : public virtual ICoreData,
                          public virtual IAppUser,
                          public virtual ICoreDataCallback {
  public:
+  class AssetProvider;
+  class AssetServer;
   class DiscoveryService;
   class GenericDataProvider;
   class MultiAccount;

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+
+namespace Zelv {
+
+/// One file to send.
+class AssetFileObject {
+ public:
+  /// @param aFileName  the last step of the path, for the log.
+  /// @param aPath      where the file lies, as its package says: absolute, or relative to the
+  ///                   working directory of the process.
+  /// @param aId        of the asset, which the receiver knows the file by.
+  AssetFileObject(std::string aFileName, std::string aPath, std::string aId);
+  AssetFileObject(AssetFileObject const&) = default;
+  AssetFileObject& operator=(AssetFileObject const&) = default;
+  virtual ~AssetFileObject();
+
+  std::string const& getFileName() const { return mFileName; }
+  std::string const& getPath() const { return mPath; }
+  std::string const& getID() const { return mId; }
+
+  /// True if a component of the path is "..", so that the file may lie outside the directory of its
+  /// package. Whoever sends files MUST treat such a one as a file that cannot be opened; that holds
+  /// for what is no regular file, too, which only the one who opens it can tell.
+  bool climbs() const;
+
+ private:
+  std::string mFileName;
+  std::string mPath;
+  std::string mId;
+};
+
+}  // namespace Zelv
