@@ -77,7 +77,7 @@ class DataTree : public ::testing::Test {
 TEST_F(DataTree, FirstStartMakesTheWritableDirectoryFromTheFactoryFiles) {
   start();
   for (char const* name : {"Applications.xml", "Assets.xml", "Configuration.xml", "Devices.xml",
-                           "Mime.xml", "Users.xml"}) {
+                           "Mime.xml", "Users.xml", "tv.png"}) {
     EXPECT_TRUE(std::filesystem::exists(mSet.writable() + name)) << name;
   }
   namespace fs = std::filesystem;

@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <set>
 #include <string>
 #include <vector>
@@ -157,6 +159,27 @@ TEST(FactoryFiles, EveryUserHasAnIdentifierAndALogin) {
 TEST(FactoryFiles, AssetsHaveTheirRoot) {
   FactoryFile assets("Assets.xml");
   EXPECT_EQ(assets("/*[1]/name()"), "Assets");
+}
+
+/// A number of four bytes, the highest first, RFC 2083, 2.1.
+unsigned long numberAt(std::string const& aBytes, std::size_t aAt) {
+  unsigned long number = 0;
+  for (char const byte : aBytes.substr(aAt, 4)) {
+    number = number << 8U | static_cast<unsigned char>(byte);
+  }
+  return number;
+}
+
+// The package that is built in names it.
+TEST(FactoryFiles, HoldThePictureOfTheTelevision) {
+  std::ifstream file(ZELV_TEST_FACTORY_FILES "tv.png", std::ios::binary);
+  std::string const bytes((std::istreambuf_iterator<char>(file)), {});
+  ASSERT_GT(bytes.size(), 57U);
+  EXPECT_EQ(bytes.substr(0, 8), "\x89PNG\r\n\x1a\n");
+  EXPECT_EQ(bytes.substr(12, 4), "IHDR");
+  EXPECT_EQ(numberAt(bytes, 16), 256U);
+  EXPECT_EQ(numberAt(bytes, 20), 144U);
+  EXPECT_EQ(bytes.substr(bytes.size() - 8, 4), "IEND");
 }
 
 TEST(FactoryFiles, MimeKnowsTheTypesOfATelevisionsAssets) {

@@ -4,6 +4,7 @@
 #include <new>
 #include <stdexcept>
 
+#include "zelv/core/AssetProvider.h"
 #include "zelv/core/GenericDataProvider.h"
 #include "zelv/core/MultiAccount.h"
 #include "zelv/core/MultiDevice.h"
@@ -41,10 +42,15 @@ IBaseLifetimeCallback* makeMultiDevice() {
   return new (std::nothrow) Core::MultiDevice;
 }
 
+IBaseLifetimeCallback* makeAssetProvider() {
+  return new (std::nothrow) Core::AssetProvider;
+}
+
 }  // namespace
 
 EnvironmentController::EnvironmentController()
-    : EnvironmentController(Makers{makeGenericDataProvider, makeMultiAccount, makeMultiDevice}) {}
+    : EnvironmentController(
+          Makers{makeGenericDataProvider, makeMultiAccount, makeMultiDevice, makeAssetProvider}) {}
 
 EnvironmentController::EnvironmentController(Makers const& aMakers) : mMakers(aMakers) {}
 
@@ -126,6 +132,8 @@ void EnvironmentController::initialize() {
        "EnvironmentController::createEnvironment: failed to create MultiAccount.");
   take("MultiDevice", std::unique_ptr<IBaseLifetimeCallback>(mMakers.multiDevice()),
        "EnvironmentController::createEnvironment: failed to create MultiDevice.");
+  take("AssetProvider", std::unique_ptr<IBaseLifetimeCallback>(mMakers.assetProvider()),
+       "EnvironmentController::createEnvironment: failed to create AssetProvider.");
 }
 
 void EnvironmentController::createProvider(Standard const& aStandard) {

@@ -28,6 +28,7 @@ class EnvironmentController : public virtual ICoreEnvironment, public virtual IA
     MakeProvider provider;
     MakeComponent multiAccount;
     MakeComponent multiDevice;
+    MakeComponent assetProvider;
   };
 
   EnvironmentController();

@@ -176,6 +176,7 @@ TEST(EnvironmentController, AskingForAComponentDoesNotWaitForOneThatIsBeingMade)
          return static_cast<IBaseLifetimeCallback*>(new Component);
        },
        [] { return static_cast<IBaseLifetimeCallback*>(new Component); },
+       [] { return static_cast<IBaseLifetimeCallback*>(new Component); },
        [] { return static_cast<IBaseLifetimeCallback*>(new Component); }});
   current = &controller;
   controller.initialize();
@@ -279,6 +280,7 @@ class EnvironmentStart : public ::testing::Test {
 
   static IBaseLifetimeCallback* makeMultiAccount() { return make("MultiAccount", ""); }
   static IBaseLifetimeCallback* makeMultiDevice() { return make("MultiDevice", ""); }
+  static IBaseLifetimeCallback* makeAssetProvider() { return make("AssetProvider", ""); }
 
   void putFactoryFiles() const {
     mDirectories.putReadOnly("Configuration.xml", "<Configuration/>");
@@ -306,19 +308,20 @@ class EnvironmentStart : public ::testing::Test {
   TemporaryDirectories mDirectories;
   LogCapture mLog;
   EnvironmentController mController{{&EnvironmentStart::make, &EnvironmentStart::makeMultiAccount,
-                                     &EnvironmentStart::makeMultiDevice}};
+                                     &EnvironmentStart::makeMultiDevice,
+                                     &EnvironmentStart::makeAssetProvider}};
 };
 
 TEST_F(EnvironmentStart, MakesTheStandardComponents) {
   putFactoryFiles();
   mController.initialize();
-  EXPECT_THAT(names(), ElementsAre("ApplicationsManager", "ConfigurationManager", "MultiAccount",
-                                   "MultiDevice"));
+  EXPECT_THAT(names(), ElementsAre("ApplicationsManager", "AssetProvider", "ConfigurationManager",
+                                   "MultiAccount", "MultiDevice"));
   EXPECT_THAT(
       made(),
       ElementsAre(Made{"/Zelv/Configuration", mDirectories.writable() + "Configuration.xml"},
                   Made{"/Zelv/Applications", mDirectories.writable() + "Applications.xml"},
-                  Made{"MultiAccount", ""}, Made{"MultiDevice", ""}));
+                  Made{"MultiAccount", ""}, Made{"MultiDevice", ""}, Made{"AssetProvider", ""}));
 }
 
 TEST_F(EnvironmentStart, RestoresTheFilesThatTheProvidersWillLoad) {
@@ -333,7 +336,7 @@ TEST_F(EnvironmentStart, LeavesGoodFilesAlone) {
   mDirectories.putWritable("Configuration.xml", "<Configuration>mine</Configuration>");
   mDirectories.putWritable("Applications.xml", "<Applications>mine</Applications>");
   mController.initialize();
-  EXPECT_EQ(mController.getNumComponents(), 4U);
+  EXPECT_EQ(mController.getNumComponents(), 5U);
   EXPECT_THAT(FakeShell::Lines(), IsEmpty());
 }
 
@@ -392,7 +395,10 @@ INSTANTIATE_TEST_SUITE_P(
                                    "MultiAccount."},
                       MakerFailure{4,
                                    "EnvironmentController::createEnvironment: failed to create "
-                                   "MultiDevice."}));
+                                   "MultiDevice."},
+                      MakerFailure{5,
+                                   "EnvironmentController::createEnvironment: failed to create "
+                                   "AssetProvider."}));
 
 TEST_F(EnvironmentStart, SecondStartKeepsTheComponentsOfTheFirst) {
   putFactoryFiles();

@@ -41,6 +41,7 @@ class CoreStart : public ::testing::Test {
   std::string seedLine() const { return "cp " + mSet.directories.readOnly() + "* " + writable(); }
 
   void putAll() const {
+    mSet.directories.putWritable("Assets.xml", SmallSet::cAssets);
     mSet.directories.putWritable("Configuration.xml", SmallSet::cConfiguration);
     mSet.directories.putWritable("Applications.xml", SmallSet::cApplications);
     mSet.directories.putWritable("Devices.xml", Testing::cSmallDevices);
@@ -86,7 +87,8 @@ TEST_F(CoreStart, AbsentDirectoryIsMadeAndFilledForEverybodyToWrite) {
   mSet.directories.putReadOnly("Users.xml", "<Users/>");
   ASSERT_NE(SmallSet::start(), nullptr) << mSet.log.dump();
   EXPECT_THAT(mSet.directories.listWritable(),
-              ElementsAre("Applications.xml", "Configuration.xml", "Devices.xml", "Users.xml"));
+              ElementsAre("Applications.xml", "Assets.xml", "Configuration.xml", "Devices.xml",
+                          "Users.xml"));
   namespace fs = std::filesystem;
   EXPECT_EQ(fs::status(writable()).permissions(), fs::perms::all);
   // The devices file has been saved anew since, with the addresses of the set.
@@ -174,6 +176,15 @@ TEST_F(CoreStart, DirectoryWhoseNameIsNotPlainServesTheFilesThatItHas) {
   Directories::Set(mSet.directories.readOnly(), odd);
   ASSERT_NE(SmallSet::start(), nullptr) << mSet.log.dump();
   EXPECT_EQ(read(SmallSet::cNamePath).value, "none");
+}
+
+TEST_F(CoreStart, MissingAssetsWithoutFactoryCopyStopTheStart) {
+  std::filesystem::remove(mSet.directories.readOnly() + "Assets.xml");
+  EXPECT_EQ(SmallSet::start(), nullptr);
+  EXPECT_THAT(mSet.log,
+              Logged(PCRealDebug::Error,
+                     HasSubstr("in AssetProvider::m_initialize: Failed to load Assets file and "
+                               "could not restore!")));
 }
 
 TEST_F(CoreStart, MissingConfigurationWithoutFactoryCopyStopsTheStart) {

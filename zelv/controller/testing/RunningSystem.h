@@ -19,6 +19,7 @@ class RunningSystem {
   static constexpr char const* cFile = "<Configuration><A>1</A><B>2</B></Configuration>";
 
   RunningSystem() {
+    directories.putReadOnly("Assets.xml", "<Assets/>");
     directories.putReadOnly("Configuration.xml", cFile);
     directories.putReadOnly("Applications.xml", "<Applications/>");
     directories.putReadOnly("Devices.xml", Zelv::Testing::cSmallDevices);

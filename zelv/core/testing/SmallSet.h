@@ -21,12 +21,14 @@ class SmallSet {
       "<Applications><ActiveApplication><Name>none</Name><Type/></ActiveApplication>"
       "</Applications>";
 
+  static constexpr char const* cAssets = "<Assets/>";
   static constexpr char const* cUsers = "<Users/>";
 
   static constexpr char const* cDiscoveryPath = "/Zelv/Configuration/ZelvDiscovery/text()";
   static constexpr char const* cNamePath = "/Zelv/Applications/ActiveApplication/Name/text()";
 
   SmallSet() {
+    directories.putReadOnly("Assets.xml", cAssets);
     directories.putReadOnly("Configuration.xml", cConfiguration);
     directories.putReadOnly("Applications.xml", cApplications);
     directories.putReadOnly("Devices.xml", cSmallDevices);
