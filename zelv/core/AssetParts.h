@@ -11,7 +11,9 @@ namespace Zelv {
 /// connection.
 ///
 /// Called on the thread of the connection alone. A part that cannot be sent does not end the
-/// exchange, and nobody looks at the results; nothing is thrown.
+/// exchange, and nobody looks at the results. What is thrown ends it: a response that was given up
+/// throws std::runtime_error from each operation, and whoever answers lets that one pass in the
+/// end.
 class AssetParts {
  public:
   /// Adds a part of text. @param aLast has no effect. @return whether it was sent.

@@ -1,0 +1,95 @@
+#include "zelv/core/AssetPackage.h"
+
+#include <stdexcept>
+
+#include "zelv/platform/DurableFile.h"
+#include "zelv/platform/PCRealDebug.h"
+#include "zelv/platform/TCAutoLock.h"
+
+namespace Zelv {
+
+using Infrastructure::HierarchicalDB;
+using Platform::DurableFile;
+
+Core::AssetProvider::AssetPackage::AssetPackage(std::string const& aXml,
+                                                std::string const& aRootPath)
+    : mStore(std::make_unique<HierarchicalDB>()), mPersist(false) {
+  if (mStore->loadFromString(aXml) != 0) {
+    throw std::runtime_error("AssetPackage: Failed to Load string into HDB!");
+  }
+  describe(aRootPath);
+}
+
+Core::AssetProvider::AssetPackage::AssetPackage(std::string const& aFile,
+                                                std::string const& aRootPath, bool aPersist)
+    : mStore(std::make_unique<HierarchicalDB>()), mFile(aFile), mPersist(aPersist) {
+  if (mStore->loadFromFile(aFile) != 0) {
+    throw std::runtime_error("AssetPackage: Failed to Load HDB from File!");
+  }
+  describe(aRootPath);
+}
+
+Core::AssetProvider::AssetPackage::~AssetPackage() {
+  mStore.reset();
+}
+
+void Core::AssetProvider::AssetPackage::describe(std::string const& aRootPath) {
+  checkRootElement();
+  mRootPath = aRootPath;
+  if (aRootPath.empty() && mStore->getContent("/AssetPackage/@path", mRootPath) != 0) {
+    throw std::runtime_error("AssetPackage: Failed to read root path from HDB");
+  }
+  ensureID();
+}
+
+void Core::AssetProvider::AssetPackage::checkRootElement() {
+  std::string name;
+  if (mStore->getContent("/*[1]/name()", name) != 0) {
+    throw std::runtime_error("AssetPackage: Failed to read root element name from HDB");
+  }
+  if (name != "AssetPackage") {
+    throw std::runtime_error("AssetPackage: Root element is not AssetPackage!!");
+  }
+}
+
+// A package without the attribute is refused: it is never created, only filled when it is empty.
+// Those who write packages rely on being told.
+void Core::AssetProvider::AssetPackage::ensureID() {
+  if (mStore->getContent("/AssetPackage/@ID", mId) == 0 && !mId.empty()) {
+    return;
+  }
+  mId = GUID::createGUID().toString();
+  if (mStore->setContent("/AssetPackage/@ID", mId, false) != 0) {
+    throw std::runtime_error("AssetPackage: Failed to set id for this store.");
+  }
+}
+
+int Core::AssetProvider::AssetPackage::getContent(std::string const& aXPath, std::string& aResult) {
+  TCAutoLock lock(mLock);
+  return mStore->getContent(aXPath, aResult);
+}
+
+int Core::AssetProvider::AssetPackage::setContent(std::string const& aXPath,
+                                                  std::string const& aData) {
+  TCAutoLock lock(mLock);
+  return mStore->setContent(aXPath, aData, false);
+}
+
+/// Through a temporary file, so that the package stays whole if the set goes down meanwhile.
+bool Core::AssetProvider::AssetPackage::save() {
+  TCAutoLock lock(mLock);
+  std::string const temporary = mFile + ".tmp";
+  if (mStore->saveToFile(temporary) != 0) {
+    DurableFile::Remove(temporary);
+    return false;
+  }
+  // As with the accounts, a failure here does not undo the change.
+  if (!DurableFile::Replace(temporary, mFile)) {
+    PCRealDebug::Print(PCRealDebug::Error, "AssetPackage::save: File '%s' could not be replaced.",
+                       mFile.c_str());
+    DurableFile::Remove(temporary);
+  }
+  return true;
+}
+
+}  // namespace Zelv
