@@ -10,7 +10,7 @@ class FakeFiles {
  public:
   /// What can fail. DurableFile::Write() makes Open, Write, Sync, Close; DurableFile::Replace()
   /// makes Rename and then Open, Sync, Close of the directory.
-  enum Call { Open, Read, Write, Sync, Close, Rename, Remove };
+  enum Call { Open, Read, Write, Sync, Close, Rename, Remove, Seek };
 
   /// The aNth call of this kind from now on fails, 1 being the next; the others work. Replaces an
   /// earlier fault of the same kind. A failing Close closes all the same.

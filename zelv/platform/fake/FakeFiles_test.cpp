@@ -33,6 +33,16 @@ class FakeFilesTest : public ::testing::Test {
   std::string const mPath;
 };
 
+TEST_F(FakeFilesTest, MakesASeekFail) {
+  ASSERT_TRUE(write("content"));
+  PCFile file;
+  ASSERT_TRUE(file.Create(mPath.c_str(), 0));
+  FakeFiles::FailNth(FakeFiles::Seek, 2);
+  EXPECT_EQ(file.Seek(0, PCFile::End), 7);
+  EXPECT_EQ(file.Seek(0, PCFile::Begin), -1);
+  EXPECT_EQ(file.Seek(0, PCFile::Begin), 0);
+}
+
 TEST_F(FakeFilesTest, MakesAWriteFailAtEachOfItsSteps) {
   int const before = descriptors();
   for (FakeFiles::Call const call :

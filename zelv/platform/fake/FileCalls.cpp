@@ -27,7 +27,7 @@ struct Fault {
 
 std::mutex theLock;
 // Guarded by theLock.
-std::array<Fault, Fake::FakeFiles::Remove + 1> theFaults;
+std::array<Fault, Fake::FakeFiles::Seek + 1> theFaults;
 std::optional<std::size_t> theSpace;
 
 bool fails(Fake::FakeFiles::Call aCall) {
@@ -67,6 +67,10 @@ int FileCalls::Open(char const* aPath, int aFlags, mode_t aMode) {
 
 ssize_t FileCalls::Read(int aDescriptor, void* aBuffer, std::size_t aSize) {
   return fails(Fake::FakeFiles::Read) ? -1 : ::read(aDescriptor, aBuffer, aSize);
+}
+
+off_t FileCalls::Seek(int aDescriptor, off_t aOffset, int aWhence) {
+  return fails(Fake::FakeFiles::Seek) ? -1 : ::lseek(aDescriptor, aOffset, aWhence);
 }
 
 ssize_t FileCalls::Write(int aDescriptor, void const* aData, std::size_t aSize) {

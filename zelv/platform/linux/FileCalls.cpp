@@ -15,6 +15,10 @@ ssize_t FileCalls::Read(int aDescriptor, void* aBuffer, std::size_t aSize) {
   return ::read(aDescriptor, aBuffer, aSize);
 }
 
+off_t FileCalls::Seek(int aDescriptor, off_t aOffset, int aWhence) {
+  return ::lseek(aDescriptor, aOffset, aWhence);
+}
+
 ssize_t FileCalls::Write(int aDescriptor, void const* aData, std::size_t aSize) {
   return ::write(aDescriptor, aData, aSize);
 }

@@ -12,6 +12,7 @@ class FileCalls {
  public:
   static int Open(char const* aPath, int aFlags, mode_t aMode);
   static ssize_t Read(int aDescriptor, void* aBuffer, std::size_t aSize);
+  static off_t Seek(int aDescriptor, off_t aOffset, int aWhence);
   static ssize_t Write(int aDescriptor, void const* aData, std::size_t aSize);
   static int Sync(int aDescriptor);
   static int Close(int aDescriptor);

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -48,7 +47,7 @@ long long PCFile::Seek(long long aOffset, int aOrigin) {
   if (aOrigin < Begin || aOrigin > End) {
     return -1;
   }
-  return ::lseek(mDescriptor, aOffset, cWhence[aOrigin]);
+  return FileCalls::Seek(mDescriptor, aOffset, cWhence[aOrigin]);
 }
 
 void PCFile::Destroy() {
