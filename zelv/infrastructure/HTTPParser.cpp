@@ -24,6 +24,7 @@ constexpr int cMaxStored = 0x80000;
 /// What a body without a length is taken for.
 constexpr int cUnknownLength = 0x1400000;
 constexpr std::size_t cMaxHeader = 0x10000;
+constexpr std::size_t cPiece = 0x2000;
 
 int clamped(std::int64_t aNumber) {
   return static_cast<int>(std::clamp<std::int64_t>(aNumber, std::numeric_limits<int>::min(),
@@ -96,6 +97,7 @@ void HTTPParser::reset() {
   mAttachmentMode = false;
   mChunks.clear();
   mMemory.clear();
+  mRoom = 0;
 }
 
 int HTTPParser::read(HTTPDocument* aDocument, char const* aData, int aSize, Status& aStatus) {
@@ -225,13 +227,21 @@ int HTTPParser::m_readInBody(HTTPDocument& aDocument, std::string_view aData) {
     }
     return 0;
   }
-  auto memory = std::make_unique<char[]>(aData.size());
-  std::copy(aData.begin(), aData.end(), memory.get());
-  bufferChunk chunk;
-  chunk.setBuffer(memory.get(), static_cast<unsigned int>(aData.size()));
-  mChunks.push_back(chunk);
-  mMemory.push_back(std::move(memory));
+  keepPiece(aData);
   return 1;
+}
+
+// What is kept for a single byte takes many, so that small pieces share one.
+void HTTPParser::keepPiece(std::string_view aData) {
+  if (mRoom < aData.size()) {
+    mRoom = std::max(aData.size(), cPiece);
+    mMemory.push_back(std::make_unique<char[]>(mRoom));
+    mChunks.emplace_back().setBuffer(mMemory.back().get(), 0);
+  }
+  bufferChunk& last = mChunks.back();
+  std::copy(aData.begin(), aData.end(), last.getBuffer() + last.getSize());
+  last.setBuffer(last.getBuffer(), last.getSize() + static_cast<unsigned int>(aData.size()));
+  mRoom -= aData.size();
 }
 
 // What came behind the length that was announced is cut off.

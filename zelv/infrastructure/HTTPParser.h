@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -59,6 +60,10 @@ class ZELV_EXPORT HTTPParser {
   /// "501 Not Implemented".
   std::string const& getStatusText() const { return mStatusText; }
 
+  /// In how many pieces of memory the body is kept while it arrives: one for each 8 KiB or so,
+  /// however small the pieces are that it comes in.
+  std::size_t keptPieces() const { return mMemory.size(); }
+
   /// Appends the parts of aText between separators, empty ones included, to aParts. An empty text
   /// has no parts.
   ///
@@ -79,6 +84,7 @@ class ZELV_EXPORT HTTPParser {
   int m_readInBody(HTTPDocument& aDocument, std::string_view aData);
   bool m_processHeaders(HTTPDocument& aDocument, std::string_view aHeaders);
   void readLength(HTTPDocument const& aDocument);
+  void keepPiece(std::string_view aData);
   void storeBody(HTTPDocument& aDocument, std::string_view aLast) const;
   void subtract(std::size_t aSize);
   int refuse(char const* aStatusText, char const* aReason, Status& aStatus);
@@ -97,6 +103,8 @@ class ZELV_EXPORT HTTPParser {
   /// What the body has brought so far; each piece is kept until the end joins them.
   std::vector<bufferChunk> mChunks;
   std::vector<std::unique_ptr<char[]>> mMemory;
+  /// Bytes that the last piece of memory still has room for.
+  std::size_t mRoom = 0;
 };
 
 }  // namespace Zelv::Infrastructure

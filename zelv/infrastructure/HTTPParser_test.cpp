@@ -210,6 +210,23 @@ TEST(HTTPParser, TakesABodyOfTheGreatestLength) {
   EXPECT_EQ(reading.body(), body);
 }
 
+TEST(HTTPParser, KeepsABodyThatComesInSinglesInFewPieces) {
+  std::string body;
+  for (int i = 0; i < 100000; ++i) {
+    body += static_cast<char>(i * 7);
+  }
+  Reading reading;
+  ASSERT_NE(0, reading.read("POST / HTTP/1.1\r\nHost: h\r\nContent-Type: a/b\r\n"
+                            "Content-Length: 100000\r\n\r\n"));
+  for (std::size_t i = 0; i + 1 < body.size(); ++i) {
+    ASSERT_NE(0, reading.read(body.substr(i, 1)));
+  }
+  EXPECT_LE(reading.parser.keptPieces(), 13U);
+  EXPECT_EQ(0, reading.read(body.substr(body.size() - 1)));
+  EXPECT_TRUE(body == std::string(reading.document.GetBody(),
+                                  static_cast<std::size_t>(reading.document.GetBodySize())));
+}
+
 TEST(HTTPParser, KeepsNoBodyThatIsNotToBeStored) {
   Reading reading;
   reading.document.SuppressStoring(true);
