@@ -31,15 +31,8 @@ constexpr char const* cPackages[] = {
     "<AssetPackage ID='B2' name='q' path='/q/'><deep><a src='x/c.gif' ID='3'><b src='d' ID='4'/>"
     "</a></deep><bad src='no ID'/></AssetPackage>"};
 
-std::set<std::string> const cPaths = [] {
-  std::set<std::string> paths;
-  for (std::string const root : {"", "p/", "/q/"}) {
-    for (std::string const source : {"tv.png", "a.png", "t.jpg", "x/c.gif", "d"}) {
-      paths.insert(root + source);
-    }
-  }
-  return paths;
-}();
+std::set<std::string> const cPaths = {"tv.png",     "p/a.png", "p/t.jpg",
+                                      "/q/x/c.gif", "/q/d",    "/q/no ID"};
 
 /// As a connection sends them; checks what it is given.
 class Parts : public RecordedParts {
@@ -61,7 +54,7 @@ class Parts : public RecordedParts {
     expect("no files behind a failure", !failed);
     expect("nothing behind the last part", lasts.empty() || !lasts.back());
     for (Zelv::AssetFileObject const& file : aFiles) {
-      expect("a path that packages name", cPaths.contains(file.getPath()));
+      expect("a path that a package names", !file.mayBeOpened() || cPaths.contains(file.getPath()));
     }
     return RecordedParts::sendFiles(aFiles, aLast);
   }

@@ -45,5 +45,13 @@ TEST(AssetFileObject, ClimbsAtTheSeamOfDirectoryAndSource) {
   EXPECT_TRUE(climbs(directory + source));
 }
 
+TEST(AssetFileObject, MayBeOpenedUnlessItClimbsOrWasRefused) {
+  AssetFileObject file("name", "a/b", "id");
+  EXPECT_TRUE(file.mayBeOpened());
+  file.refuse();
+  EXPECT_FALSE(file.mayBeOpened());
+  EXPECT_FALSE(AssetFileObject("name", "a/../b", "id").mayBeOpened());
+}
+
 }  // namespace
 }  // namespace Zelv

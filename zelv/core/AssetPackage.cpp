@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "zelv/infrastructure/MultiString.h"
 #include "zelv/platform/DurableFile.h"
 #include "zelv/platform/PCRealDebug.h"
 #include "zelv/platform/TCAutoLock.h"
@@ -9,11 +10,12 @@
 namespace Zelv {
 
 using Infrastructure::HierarchicalDB;
+using Infrastructure::MultiString;
 using Platform::DurableFile;
 
 Core::AssetProvider::AssetPackage::AssetPackage(std::string const& aXml,
                                                 std::string const& aRootPath)
-    : mStore(std::make_unique<HierarchicalDB>()), mPersist(false) {
+    : mStore(std::make_unique<HierarchicalDB>()), mPersist(false), mSize(aXml.size()) {
   if (mStore->loadFromString(aXml) != 0) {
     throw std::runtime_error("AssetPackage: Failed to Load string into HDB!");
   }
@@ -73,6 +75,19 @@ int Core::AssetProvider::AssetPackage::setContent(std::string const& aXPath,
                                                   std::string const& aData) {
   TCAutoLock lock(mLock);
   return mStore->setContent(aXPath, aData, false);
+}
+
+void Core::AssetProvider::AssetPackage::removeNamed(std::set<std::string>& aPaths) {
+  std::string rootPath;
+  std::string sources;
+  {
+    TCAutoLock lock(mLock);
+    mStore->getContent("/AssetPackage/@path", rootPath);
+    mStore->getContent("/AssetPackage/descendant-or-self::*/@src", sources);
+  }
+  for (std::string const& source : MultiString::split(sources)) {
+    aPaths.erase(rootPath + source);
+  }
 }
 
 /// Through a temporary file, so that the package stays whole if the set goes down meanwhile.

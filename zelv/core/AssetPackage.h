@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "zelv/core/AssetProvider.h"
@@ -41,6 +43,12 @@ class Core::AssetProvider::AssetPackage {
   bool persists() const { return mPersist; }
   std::string const& getID() const { return mId; }
 
+  /// The bytes that the package was loaded from.
+  std::size_t getSize() const { return mSize; }
+
+  /// Removes the files of its assets from aPaths.
+  void removeNamed(std::set<std::string>& aPaths);
+
   /// Where the package was loaded for. Requests go by the attribute of the document.
   std::string const& getRootPath() const { return mRootPath; }
 
@@ -56,6 +64,7 @@ class Core::AssetProvider::AssetPackage {
   std::string mId;
   std::string mFile;
   bool mPersist;
+  std::size_t mSize = 0;
 };
 
 }  // namespace Zelv

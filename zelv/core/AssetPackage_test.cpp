@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <set>
 #include <stdexcept>
 #include <string>
 
@@ -92,6 +93,18 @@ TEST(AssetPackage, WritesButCreatesNoAttribute) {
   EXPECT_EQ(package.setContent("/AssetPackage/a/@src", "y"), 0);
   EXPECT_EQ(contentOf(package, "/AssetPackage/a/@src"), "y");
   EXPECT_EQ(package.setContent("/AssetPackage/a/@other", "y"), -1);
+}
+
+TEST(AssetPackage, TakesTheFilesThatItNamesOutOfASet) {
+  AssetPackage package(
+      "<AssetPackage ID='i' path='/p/'><a src='x'/><b><c src='d/y'/></b></AssetPackage>", "/here/");
+  std::set<std::string> paths = {"/p/x", "/p/d/y", "/p/y", "x", "/here/x", "/p/"};
+  package.removeNamed(paths);
+  EXPECT_THAT(paths, ElementsAre("/here/x", "/p/", "/p/y", "x"));
+}
+
+TEST(AssetPackage, KnowsTheSizeOfItsText) {
+  EXPECT_EQ(AssetPackage(cPackage, "").getSize(), sizeof cPackage - 1);
 }
 
 class AssetPackageFile : public ::testing::Test {

@@ -14,14 +14,23 @@ using Infrastructure::MultiString;
 
 bool AssetPackages::insert(std::string const& aName, Held aPackage) {
   TCAutoLock lock(mLock);
-  if (mPackages.size() >= maximumPackages && !mPackages.contains(aName)) {
-    PCRealDebug::Print(PCRealDebug::Warning,
-                       "AssetPackages::insert: Package '%s' is not taken, there are %u.",
-                       aName.c_str(), static_cast<unsigned>(maximumPackages));
+  if (mPackages.contains(aName)) {
+    return true;
+  }
+  if (!hasRoomFor(*aPackage)) {
+    PCRealDebug::Print(
+        PCRealDebug::Warning,
+        "AssetPackages::insert: Package '%s' is not taken, there are %u of %u bytes.",
+        aName.c_str(), static_cast<unsigned>(mPackages.size()), static_cast<unsigned>(mSize));
     return false;
   }
+  mSize += aPackage->getSize();
   mPackages.emplace(aName, std::move(aPackage));
   return true;
+}
+
+bool AssetPackages::hasRoomFor(AssetPackage const& aPackage) const {
+  return mPackages.size() < maximumPackages && aPackage.getSize() <= maximumSize - mSize;
 }
 
 AssetPackages::Held AssetPackages::find(std::string const& aName) {
@@ -47,6 +56,7 @@ bool AssetPackages::remove(std::string const& aName) {
     return false;
   }
   removed = std::move(entry->second);
+  mSize -= removed->getSize();
   mPackages.erase(entry);
   return true;
 }
@@ -69,6 +79,12 @@ void AssetPackages::read(std::string const& aXPath, std::string& aResult) {
       aResult += MultiString::Separator;
     }
     aResult += text;
+  }
+}
+
+void AssetPackages::removeNamed(std::set<std::string>& aPaths) {
+  for (Held const& package : all()) {
+    package->removeNamed(aPaths);
   }
 }
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -23,11 +24,13 @@ class AssetPackages {
 
   /// Packages come from other devices too, so there is a bound.
   static constexpr std::size_t maximumPackages = 256;
+  /// Bytes that all of them were loaded from.
+  static constexpr std::size_t maximumSize = std::size_t{64} << 20U;
   /// Bytes of what a read of all packages gives.
   static constexpr std::size_t maximumResult = std::size_t{8} << 20U;
 
   /// Adds a package; one of that name stays, in silence.
-  /// @return false when there are too many.
+  /// @return false when there are too many, or too large ones.
   bool insert(std::string const& aName, Held aPackage);
 
   /// Null when there is none.
@@ -42,10 +45,15 @@ class AssetPackages {
   /// nothing, and is logged.
   void read(std::string const& aXPath, std::string& aResult);
 
+  /// Removes the files that any package names from aPaths.
+  void removeNamed(std::set<std::string>& aPaths);
+
  private:
   std::vector<Held> all();
+  bool hasRoomFor(AssetPackage const& aPackage) const ZELV_REQUIRES(mLock);
 
   std::map<std::string, Held> mPackages ZELV_GUARDED_BY(mLock);
+  std::size_t mSize ZELV_GUARDED_BY(mLock) = 0;
   PCMutex mLock;
 };
 

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <memory>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -81,11 +82,34 @@ TEST(AssetPackages, TakesAsManyAsTheBoundAndNoMore) {
     EXPECT_TRUE(packages.insert(std::to_string(count), package("i", "")));
   }
   EXPECT_FALSE(packages.insert("one more", package("i", "")));
-  EXPECT_TRUE(log.has(PCRealDebug::Warning,
-                      "AssetPackages::insert: Package 'one more' is not taken, there are 256."));
+  EXPECT_TRUE(
+      log.hasContaining(PCRealDebug::Warning,
+                        "AssetPackages::insert: Package 'one more' is not taken, there are 256 "));
   EXPECT_TRUE(packages.insert("0", package("i", "")));
   EXPECT_TRUE(packages.remove("0"));
   EXPECT_TRUE(packages.insert("one more", package("i", "")));
+}
+
+TEST(AssetPackages, TakeABoundedNumberOfBytes) {
+  AssetPackages packages;
+  std::string const text = "<x>" + std::string(std::size_t{4} << 20U, 'x') + "</x>";
+  for (int count = 0; count < 15; ++count) {
+    EXPECT_TRUE(packages.insert(std::to_string(count), package("i", text)));
+  }
+  EXPECT_FALSE(packages.insert("one more", package("i", text)));
+  EXPECT_TRUE(packages.insert("small", package("i", "")));
+  EXPECT_TRUE(packages.insert("0", package("i", text)));
+  EXPECT_TRUE(packages.remove("0"));
+  EXPECT_TRUE(packages.insert("one more", package("i", text)));
+}
+
+TEST(AssetPackages, TakeTheFilesThatTheyNameOutOfASet) {
+  AssetPackages packages;
+  packages.insert("a", package("1", "<x src='of a'/>"));
+  packages.insert("b", package("2", "<x src='of b'/>"));
+  std::set<std::string> paths = {"of a", "of b", "of c"};
+  packages.removeNamed(paths);
+  EXPECT_THAT(paths, ::testing::ElementsAre("of c"));
 }
 
 TEST(AssetPackages, ReadsNothingWhereItWouldBeTooMuch) {

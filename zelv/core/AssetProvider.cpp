@@ -1,6 +1,7 @@
 #include "zelv/core/AssetProvider.h"
 
 #include <cstddef>
+#include <set>
 #include <stdexcept>
 #include <utility>
 
@@ -401,7 +402,10 @@ int Core::AssetProvider::handleAssetRequest(std::string const& aRequest, AssetPa
   auto const read = [this](std::string const& aPath, std::string& aResult) {
     return getData(mBranchRoot + aPath, aResult, GUID::nullGUID);
   };
-  return AssetRequest(read, aParts).handle(aRequest);
+  auto const removeNamed = [this](std::set<std::string>& aPaths) {
+    mPackages->removeNamed(aPaths);
+  };
+  return AssetRequest(read, removeNamed, aParts).handle(aRequest);
 }
 
 }  // namespace Zelv

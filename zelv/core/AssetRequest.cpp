@@ -70,8 +70,8 @@ struct AssetRequest::Thing {
   std::string tag;
 };
 
-AssetRequest::AssetRequest(Read aRead, AssetParts& aParts)
-    : mRead(std::move(aRead)), mParts(aParts) {}
+AssetRequest::AssetRequest(Read aRead, RemoveNamed aRemoveNamed, AssetParts& aParts)
+    : mRead(std::move(aRead)), mRemoveNamed(std::move(aRemoveNamed)), mParts(aParts) {}
 
 int AssetRequest::handle(std::string const& aRequest) {
   HierarchicalDB request;
@@ -224,9 +224,25 @@ void AssetRequest::send(std::string const& aPath, std::string const& aTag,
   }
   // What the document says of its directory, not what it was loaded for.
   std::string const rootPath = paths.substr(0, paths.find(MultiString::Separator));
-  std::list<AssetFileObject> const files = AssetFiles::of(xmlChunk, rootPath);
+  std::list<AssetFileObject> files = AssetFiles::of(xmlChunk, rootPath);
+  refuseUnnamed(files);
   mParts.sendText(AssetTexts::result(aRequestID, aTag, assetChunk), false);
   mParts.sendFiles(files, aLast);
+}
+
+// The directory of one package before the sources of another makes paths that nobody has named, and
+// whoever asks may choose both packages.
+void AssetRequest::refuseUnnamed(std::list<AssetFileObject>& aFiles) const {
+  std::set<std::string> unnamed;
+  for (AssetFileObject const& file : aFiles) {
+    unnamed.insert(file.getPath());
+  }
+  mRemoveNamed(unnamed);
+  for (AssetFileObject& file : aFiles) {
+    if (unnamed.contains(file.getPath())) {
+      file.refuse();
+    }
+  }
 }
 
 std::string AssetRequest::read(std::string const& aPath, char const* aFailure) const {

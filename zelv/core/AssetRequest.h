@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <list>
+#include <set>
 #include <string>
 
 #include "zelv/core/AssetParts.h"
@@ -16,11 +17,14 @@ class AssetRequest {
   /// Reads a path below the branch of the assets. @return 0, or else there is an error.
   using Read = std::function<int(std::string const& aPath, std::string& aResult)>;
 
+  /// Removes from the paths of files those that a package names.
+  using RemoveNamed = std::function<void(std::set<std::string>& aPaths)>;
+
   /// What one request may ask for; each thing costs several reads.
   static constexpr std::size_t maximumThings = 1024;
 
   /// The parts outlive the object.
-  AssetRequest(Read aRead, AssetParts& aParts);
+  AssetRequest(Read aRead, RemoveNamed aRemoveNamed, AssetParts& aParts);
 
   /// @param aRequest  the element "AssetRequest". Packages are answered before single assets, each
   ///                  in the order of the document.
@@ -47,7 +51,10 @@ class AssetRequest {
             bool aLast);
   std::string read(std::string const& aPath, char const* aFailure) const;
 
+  void refuseUnnamed(std::list<AssetFileObject>& aFiles) const;
+
   Read const mRead;
+  RemoveNamed const mRemoveNamed;
   AssetParts& mParts;
   std::string mId;
   std::size_t mThings = 0;

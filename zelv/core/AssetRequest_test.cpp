@@ -134,12 +134,36 @@ TEST_F(AssetRequestTest, FindsAnAssetByAPathBelowItsPackage) {
 }
 
 // The directory is that of the first package, for all of them. Whoever gives two assets one name
-// puts their files beside each other.
+// puts their files beside each other, and names both in both packages.
 TEST_F(AssetRequestTest, TakesTheDirectoryOfTheFirstPackageThatHasTheName) {
   EXPECT_EQ(ask(request("<Asset name='a'/>")), 0);
   EXPECT_THAT(parts.calls, ElementsAre(text("<AssetContents type='asset' name='a' >",
                                             std::string(cA) + "&#x13;<a src='a.jpg' ID='3'/>"),
-                                       "files a.png|p/a.png|1 a.jpg|p/a.jpg|3 last"));
+                                       "files a.png|p/a.png|1 a.jpg|p/a.jpg|3|refused last"));
+}
+
+TEST_F(AssetRequestTest, OpensAFileInTheDirectoryOfTheFirstPackageThatNamesIt) {
+  load("o", "<other src='a.jpg' ID='8'/>", "p/");
+  EXPECT_EQ(ask(request("<Asset name='a'/>")), 0);
+  EXPECT_EQ(parts.calls.back(), "files a.png|p/a.png|1 a.jpg|p/a.jpg|3 last");
+}
+
+TEST_F(AssetRequestTest, OpensNoFileThatIsPutTogetherFromTwoPackages) {
+  load("root", "<x src='none' ID='8'/>", "/etc/");
+  load("source", "<y src='shadow' ID='9'/>", "");
+  for (char const* name : {"/*[@ID='8' or @ID='9']", "//*", "/x/@src | //y", "x|//y"}) {
+    parts.calls.clear();
+    ask(request("<Asset name=\"" + std::string(name) + "\"/>"));
+    EXPECT_THAT(parts.calls, Not(Contains(HasSubstr("/etc/shadow|9 ")))) << name;
+    EXPECT_THAT(parts.calls, Not(Contains(HasSubstr("noneshadow")))) << name;
+  }
+}
+
+// The result is no longer escaped, so that such a source is cut at the mark.
+TEST_F(AssetRequestTest, OpensNoFileWhoseNameWasCut) {
+  load("cut", "<x ID='9' src=\"it's\"/>");
+  ask(request("<Package name='cut'/>"));
+  EXPECT_THAT(parts.calls, Not(Contains("files it|it|9 last")));
 }
 
 TEST_F(AssetRequestTest, TakesThePathInTheDocumentAndNotTheOneOfLoading) {
@@ -345,7 +369,10 @@ TEST_P(FailingReads, AreToldAsAFailure) {
     aResult = "<a src='1' ID='1'/>";
     return reads++ < GetParam() ? 0 : -1;
   };
-  EXPECT_EQ(AssetRequest(read, parts).handle(request("<Asset name='a'/>")), -1);
+  EXPECT_EQ(AssetRequest(
+                read, [](auto&) {}, parts)
+                .handle(request("<Asset name='a'/>")),
+            -1);
   EXPECT_THAT(parts.calls, ElementsAre(cFailure));
   EXPECT_THAT(log, Logged(PCRealDebug::Error, std::string("Error: ") + errors[GetParam()]));
 }
@@ -360,7 +387,8 @@ TEST(AssetRequest, ReadsThreePathsForOneAsset) {
     aResult = paths.size() == 3 ? "there/&#x13;elsewhere/" : "<a src='1' ID='1'/>";
     return 0;
   };
-  EXPECT_EQ(AssetRequest(read, parts)
+  EXPECT_EQ(AssetRequest(
+                read, [](auto&) {}, parts)
                 .handle(request("<Package name='p'><Asset name='a'/>"
                                 "</Package>")),
             0);
@@ -368,7 +396,7 @@ TEST(AssetRequest, ReadsThreePathsForOneAsset) {
               ElementsAre("/AssetPackage[@name='p']//a",
                           "/AssetPackage[@name='p']//a/descendant-or-self::*[@src]",
                           "/AssetPackage[@name='p']//a/ancestor-or-self::AssetPackage/@path"));
-  EXPECT_EQ(parts.calls.back(), "files 1|there/1|1 last");
+  EXPECT_EQ(parts.calls.back(), "files 1|there/1|1|refused last");
 }
 
 TEST(AssetRequest, ReadsOnePathForWhatIsNotThere) {
@@ -378,7 +406,10 @@ TEST(AssetRequest, ReadsOnePathForWhatIsNotThere) {
     ++reads;
     return 0;
   };
-  EXPECT_EQ(AssetRequest(read, parts).handle(request("<Asset name='a'/>")), 0);
+  EXPECT_EQ(AssetRequest(
+                read, [](auto&) {}, parts)
+                .handle(request("<Asset name='a'/>")),
+            0);
   EXPECT_EQ(reads, 1);
 }
 
@@ -424,7 +455,7 @@ TEST_F(AssetRequestTest, AnswersAPathThatCannotBeReadAsOneThatIsNotThere) {
 TEST_F(AssetRequestTest, GivesPathsThatClimbAsTheyAre) {
   load("up", "<x src='../x' ID='9'/>", "/data/");
   EXPECT_EQ(ask(request("<Asset name='x'/>")), 0);
-  EXPECT_EQ(parts.calls.back(), "files x|/data/../x|9 last");
+  EXPECT_EQ(parts.calls.back(), "files x|/data/../x|9|refused last");
 }
 
 TEST_F(AssetRequestTest, GrowsItsTextsWithALongID) {

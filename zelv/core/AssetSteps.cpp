@@ -14,6 +14,29 @@ bool isPath(std::string const& aName) {
   return aName.starts_with('/');
 }
 
+/// True with a "|" outside of quotes and predicates.
+bool isUnion(std::string const& aName) {
+  char quote = 0;
+  int depth = 0;
+  for (char const character : aName) {
+    if (quote != 0) {
+      quote = character == quote ? '\0' : quote;
+    } else if (character == '\'' || character == '"') {
+      quote = character;
+    } else if (character == '|' && depth <= 0) {
+      return true;
+    } else {
+      depth += character == '[' ? 1 : character == ']' ? -1 : 0;
+    }
+  }
+  return false;
+}
+
+/// Whether a name may become steps of a path.
+bool isStep(std::string const& aName) {
+  return !isUnion(aName) && (isPath(aName) || XPathGate::isQuotableLiteral(aName));
+}
+
 std::string packageWith(char const* aAttribute, std::string const& aValue) {
   if (!XPathGate::isQuotableLiteral(aValue)) {
     return nowhere;
@@ -36,7 +59,7 @@ std::string AssetSteps::packageByID(std::string const& aId) {
 }
 
 std::string AssetSteps::assetByName(std::string const& aPackagePath, std::string const& aName) {
-  if (aPackagePath.empty() || (!isPath(aName) && !XPathGate::isQuotableLiteral(aName))) {
+  if (aPackagePath.empty() || !isStep(aName)) {
     return nowhere;
   }
   return aPackagePath + m_ConstructAssetRequestByName(aName);

@@ -8,8 +8,10 @@ namespace Zelv {
 ///
 /// Names and IDs come from other devices. Put into a path they could ask for something else, so
 /// that one which is no plain text (XPathGate::isQuotableLiteral()) gives the empty path, which
-/// addresses nothing; a name that begins with "/" is meant as a path and stays as it is. All paths
-/// begin with the step "AssetPackage": the main store is not for other devices.
+/// addresses nothing; a name that begins with "/" is meant as a path and stays as it is. A union of
+/// paths is no path: what is asked about it, by steps put behind it, would be asked about its last
+/// part alone. All paths begin with the step "AssetPackage": the main store is not for other
+/// devices.
 class AssetSteps {
  public:
   static std::string packageByName(std::string const& aName);

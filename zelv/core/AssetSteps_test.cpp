@@ -43,6 +43,16 @@ TEST(AssetSteps, AddressesNothingWithATextThatCouldMeanSomethingElse) {
   }
 }
 
+TEST(AssetSteps, AddressesNothingWithAUnionOfPaths) {
+  for (char const* name :
+       {"a|b", "/a|/b", "//a/@src | //b", "/a[1]|//b", "/a['x']|//b", "|", "/a]|["}) {
+    EXPECT_EQ(AssetSteps::assetByName("/AssetPackage", name), "") << name;
+  }
+  for (char const* name : {"/a[b|c]", "/a[@t='x|y']", "/a[@t=\"x|']|\"]/b"}) {
+    EXPECT_EQ(AssetSteps::assetByName("/AssetPackage", name), std::string("/AssetPackage") + name);
+  }
+}
+
 // "//a" alone would be read from the main store.
 TEST(AssetSteps, AddressesNothingBelowAPackageThatIsNowhere) {
   EXPECT_EQ(AssetSteps::assetByName("", "a"), "");

@@ -25,6 +25,7 @@ class RecordedParts : public AssetParts {
     std::string call = "files";
     for (AssetFileObject const& file : aFiles) {
       call += " " + file.getFileName() + "|" + file.getPath() + "|" + file.getID();
+      call += file.mayBeOpened() ? "" : "|refused";
     }
     calls.push_back(call + (aLast ? " last" : ""));
     lasts.push_back(aLast);
