@@ -85,6 +85,19 @@ TEST_F(DataTree, FirstStartMakesTheWritableDirectoryFromTheFactoryFiles) {
   EXPECT_EQ(fs::status(mSet.writable() + "Users.xml").permissions(), fs::perms::all);
 }
 
+TEST_F(DataTree, AnswersForTheAssetsOfTheBuiltInPackageAndOfOneThatIsLoaded) {
+  start();
+  std::string const all = "/Zelv/Storage/Assets/AssetPackage/*/@src";
+  EXPECT_EQ(value(all), "tv.png");
+  mTree->setData("/Zelv/Storage/Assets/AssetPackage[@name='more']",
+                 "<AssetPackage ID='' name='more' path='more/'><Logo src='logo.svg' ID='1'/>"
+                 "</AssetPackage>",
+                 &mListener, true);
+  EXPECT_EQ(value(all), "logo.svg&#x13;tv.png");
+  mTree->setData("/Zelv/Storage/Assets/AssetPackage[@name='test']", "", &mListener, true);
+  EXPECT_EQ(value(all), "logo.svg");
+}
+
 TEST_F(DataTree, ReadsComeBackWithPathContextAndId) {
   start();
   struct Context : Zelv::ContextInformation {
