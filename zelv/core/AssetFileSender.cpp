@@ -27,7 +27,7 @@ bool AssetFileSender::open() {
                        static_cast<int>(path.size()));
     return false;
   }
-  if (mObject.climbs() || !mFile.Create(path.c_str(), 0)) {
+  if (!mObject.mayBeOpened() || !mFile.Create(path.c_str(), 0)) {
     PCRealDebug::Print(PCRealDebug::Error,
                        "AssetRequestHandler::sendFiles: Failed to Open the file: %s", path.c_str());
     return false;
