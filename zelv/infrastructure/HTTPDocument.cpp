@@ -18,7 +18,7 @@ HTTPDocument::HTTPDocument(HTTPDocument const& aOther)
       mBodySize(aOther.mBodySize),
       mBoundary(aOther.mBoundary) {
   for (auto const& entry : aOther.mHeaders) {
-    mHeaders.emplace(entry.first, std::make_unique<HTTPHeader>(*entry.second));
+    insert(std::make_unique<HTTPHeader>(*entry.second));
   }
   if (aOther.mBody != nullptr) {
     std::size_t const size = static_cast<std::size_t>(mBodySize) + 1;
@@ -28,6 +28,11 @@ HTTPDocument::HTTPDocument(HTTPDocument const& aOther)
   for (auto const& attachment : aOther.mAttachments) {
     mAttachments.push_back(std::make_unique<HTTPDocument>(*attachment));
   }
+}
+
+void HTTPDocument::insert(std::unique_ptr<HTTPHeader> aHeader) {
+  std::string_view const name = aHeader->GetName();
+  mHeaders.try_emplace(name, std::move(aHeader));
 }
 
 int HTTPDocument::GetHeader(std::string const& aName, std::string& aValue) const {
@@ -45,24 +50,27 @@ int HTTPDocument::SetHeader(std::string const& aName, std::string const& aValue)
   if (aName.empty()) {
     return -1;
   }
-  mHeaders[aName] = std::make_unique<HTTPHeader>(aName, aValue);
+  auto header = std::make_unique<HTTPHeader>(aName, aValue);
+  mHeaders.erase(aName);
+  insert(std::move(header));
   return 0;
 }
 
 bool HTTPDocument::m_AddHeader(std::string_view aLine) {
-  auto header = std::make_unique<HTTPHeader>(std::string(aLine));
+  auto header = std::make_unique<HTTPHeader>();
+  header->m_ParseHeaderLine(aLine);
   if (header->GetName().empty()) {
     PCRealDebug::Print(PCRealDebug::Trace,
                        "HTTPDocument::m_AddHeader: Exit. (failed to create header!)");
     return false;
   }
-  std::string const& name = header->GetName();
-  mHeaders.try_emplace(name, std::move(header));
+  insert(std::move(header));
   return true;
 }
 
-bool HTTPDocument::m_SetRequest(std::string const& aLine) {
-  HTTPRequest const request(aLine);
+bool HTTPDocument::m_SetRequest(std::string_view aLine) {
+  HTTPRequest request;
+  request.m_ParseRequestHeader(aLine);
   if (request.GetMethod().empty()) {
     PCRealDebug::Print(PCRealDebug::Trace,
                        "HTTPDocument::m_SetRequest: Exit. (failed to create request header!)");

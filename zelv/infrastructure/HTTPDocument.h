@@ -34,7 +34,7 @@ class ZELV_EXPORT HTTPDocument {
   bool m_AddHeader(std::string_view aLine);
 
   /// Takes the request line. False, with the one before kept, for a line without a method.
-  bool m_SetRequest(std::string const& aLine);
+  bool m_SetRequest(std::string_view aLine);
 
   /// Not implemented, and says so in the log. A document with attachments gets the header that a
   /// multipart message has (RFC 2046, section 5.1), unless it has one with a boundary. @return 0.
@@ -62,11 +62,13 @@ class ZELV_EXPORT HTTPDocument {
   void AddAttachment(std::unique_ptr<HTTPDocument> aAttachment);
 
  private:
+  void insert(std::unique_ptr<HTTPHeader> aHeader);
   void setMultipartType();
 
   bool mAttachment = false;
   bool mSuppressStoring = false;
-  std::map<std::string, std::unique_ptr<HTTPHeader>> mHeaders;
+  /// By the names that they hold themselves.
+  std::map<std::string_view, std::unique_ptr<HTTPHeader>> mHeaders;
   HTTPRequest mRequest;
   int mBodySize = 0;
   std::unique_ptr<char[]> mBody;

@@ -26,6 +26,9 @@ class ZELV_EXPORT HTTPHeader {
   /// "192.0.2.7". Blanks around both are cut off, and colons in front of the name are skipped.
   void Parse(std::string const& aLine);
 
+  /// As Parse(), for a piece of a longer text.
+  void m_ParseHeaderLine(std::string_view aLine);
+
   /// "name: value", and the end of a line if asked for.
   std::string Serialize(bool aLineEnd) const;
 
@@ -33,8 +36,6 @@ class ZELV_EXPORT HTTPHeader {
   std::string const& GetValue() const { return mValue; }
 
  private:
-  void m_ParseHeaderLine(std::string_view aLine);
-
   std::string mName;
   std::string mValue;
 };

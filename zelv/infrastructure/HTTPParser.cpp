@@ -205,7 +205,7 @@ void HTTPParser::readLength(HTTPDocument const& aDocument) {
 
 bool HTTPParser::m_processHeaders(HTTPDocument& aDocument, std::string_view aHeaders) {
   std::string_view const first = takeLine(aHeaders);
-  if (!aDocument.IsAttachment() && !aDocument.m_SetRequest(std::string(first))) {
+  if (!aDocument.IsAttachment() && !aDocument.m_SetRequest(first)) {
     PCRealDebug::Print(PCRealDebug::Trace, "HTTPParser::m_processHeaders: Exit. (no request line)");
     return false;
   }

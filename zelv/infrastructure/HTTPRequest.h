@@ -23,6 +23,9 @@ class ZELV_EXPORT HTTPRequest {
   /// what follows the third is not read.
   void Parse(std::string const& aLine);
 
+  /// As Parse(), for a piece of a longer text.
+  void m_ParseRequestHeader(std::string_view aLine);
+
   /// "method URI version", and the end of a line if asked for.
   std::string Serialize(bool aLineEnd) const;
 
@@ -31,8 +34,6 @@ class ZELV_EXPORT HTTPRequest {
   std::string const& GetVersion() const { return mVersion; }
 
  private:
-  void m_ParseRequestHeader(std::string_view aLine);
-
   std::string mMethod;
   std::string mURI;
   std::string mVersion;
