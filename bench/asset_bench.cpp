@@ -7,6 +7,7 @@
 #include <netinet/in.h>
 #include <pthread.h>
 #include <signal.h>
+#include <sys/sendfile.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -147,7 +148,10 @@ void asset(benchmark::State& aState) {
 /// A new thread for each connection, gone at its end.
 class BareServer {
  public:
-  explicit BareServer(std::string aPath) : mPath(std::move(aPath)), mSocket(boundSocket(mPort)) {
+  enum Way { Copy, Sendfile };
+
+  BareServer(std::string aPath, Way aWay)
+      : mPath(std::move(aPath)), mWay(aWay), mSocket(boundSocket(mPort)) {
     listen(mSocket, 5);
     pthread_create(&mThread, nullptr, &BareServer::main, this);
   }
@@ -161,6 +165,7 @@ class BareServer {
  private:
   struct Job {
     char const* path;
+    Way way;
     int peer;
   };
 
@@ -172,7 +177,8 @@ class BareServer {
     for (int peer = accept(self.mSocket, nullptr, nullptr); peer >= 0;
          peer = accept(self.mSocket, nullptr, nullptr)) {
       pthread_t thread;
-      pthread_create(&thread, &detached, &BareServer::serve, new Job{self.mPath.c_str(), peer});
+      pthread_create(&thread, &detached, &BareServer::serve,
+                     new Job{self.mPath.c_str(), self.mWay, peer});
     }
     pthread_attr_destroy(&detached);
     return nullptr;
@@ -199,6 +205,8 @@ class BareServer {
         static_cast<long>(lseek(file, 0, SEEK_END)));
     lseek(file, 0, SEEK_SET);
     send(job->peer, head, static_cast<std::size_t>(length), MSG_NOSIGNAL);
+    while (job->way == Sendfile && sendfile(job->peer, file, nullptr, 1U << 30) > 0) {
+    }
     while ((size = read(file, buffer, sizeof buffer)) > 0) {
       send(job->peer, buffer, static_cast<std::size_t>(size), MSG_NOSIGNAL);
     }
@@ -208,19 +216,30 @@ class BareServer {
   }
 
   std::string const mPath;
+  Way const mWay;
   int mPort = 0;
   int mSocket;
   pthread_t mThread{};
 };
 
-void bareAsset(benchmark::State& aState) {
-  BareServer const server(Files::get().path(aState.range(0)));
+void bare(benchmark::State& aState, BareServer::Way aWay) {
+  BareServer const server(Files::get().path(aState.range(0)), aWay);
   measure(aState, server.port(),
           "GET /file HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n");
 }
 
+void bareAsset(benchmark::State& aState) {
+  bare(aState, BareServer::Copy);
+}
+
+/// What the kernel could save by moving the file without a copy in this process.
+void bareSendfile(benchmark::State& aState) {
+  bare(aState, BareServer::Sendfile);
+}
+
 BENCHMARK(asset)->ArgName("KB")->Arg(16)->Arg(1024)->UseRealTime();
 BENCHMARK(bareAsset)->ArgName("KB")->Arg(16)->Arg(1024)->UseRealTime();
+BENCHMARK(bareSendfile)->ArgName("KB")->Arg(16)->Arg(1024)->UseRealTime();
 
 // The peer
 

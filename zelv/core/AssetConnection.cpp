@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstddef>
 
+#include "zelv/adapter/SocketOptions.h"
 #include "zelv/platform/CCmSocket.h"
 #include "zelv/platform/PCTime.h"
 
@@ -24,12 +25,21 @@ struct TimeValue {
   long mMicroseconds;
 };
 
+void limit(int aSocket, int aTimeout) {
+  TimeValue const patience{AssetConnection::cPatience, 0};
+  CCmSocket::SetOptions(aSocket, levelSocket, aTimeout, &patience, sizeof patience);
+}
+
 }  // namespace
 
+// Not the other one, which would bound the wait for connections, too.
+void AssetConnection::prepare(int aListening) {
+  Adapter::SocketOptions::keepAlive(aListening);
+  limit(aListening, sendTimeout);
+}
+
 void AssetConnection::adopt(int aSocket) {
-  TimeValue const patience{cPatience, 0};
-  CCmSocket::SetOptions(aSocket, levelSocket, receiveTimeout, &patience, sizeof patience);
-  CCmSocket::SetOptions(aSocket, levelSocket, sendTimeout, &patience, sizeof patience);
+  limit(aSocket, receiveTimeout);
   touch();
   mSocket.adopt(aSocket);
 }

@@ -19,6 +19,9 @@ class AssetConnection {
   /// Whether more bytes follow at once, so that the system may put them into one packet.
   enum Follow { Last, MoreFollows };
 
+  /// Sets, on a socket that listens, what connected ones take over from it.
+  static void prepare(int aListening);
+
   /// Takes over a connected socket.
   void adopt(int aSocket);
 

@@ -8,6 +8,7 @@
 
 #include "zelv/adapter/SocketError.h"
 #include "zelv/adapter/SocketOptions.h"
+#include "zelv/core/AssetConnection.h"
 #include "zelv/core/AssetRequestHandler.h"
 #include "zelv/core/MimeTypes.h"
 #include "zelv/platform/CCmSocket.h"
@@ -96,8 +97,7 @@ bool AssetConnectionListener::initializeListener() {
          errno);
     return false;
   }
-  // Accepted sockets take it over.
-  SocketOptions::keepAlive(number);
+  AssetConnection::prepare(number);
   if (!bindPort()) {
     fail("AssetConnectionListener::initializeListener: Failed to bind socket, errno=%s.", errno);
     return false;

@@ -38,6 +38,34 @@ void dropPage(std::string const& aPage) {
                      aPage.c_str());
 }
 
+// Nothing else of the envelope is looked at.
+std::string readAssetRequest(std::string const& aText) {
+  HierarchicalDB envelope;
+  if (envelope.loadFromString(aText) != 0) {
+    PCRealDebug::Print(
+        PCRealDebug::Warning,
+        "AssetRequestHandler::startListener: Failed to read request into HDB, not XML?");
+    throw std::runtime_error("no XML");
+  }
+  std::string request;
+  if (envelope.getContent("/Envelope/Body/AssetRequest", request) != 0 || request.empty()) {
+    PCRealDebug::Print(PCRealDebug::Warning,
+                       "AssetRequestHandler::startListener: Failed to read Asset request chunk "
+                       "from HDB or was not found");
+    throw std::runtime_error("no asset request");
+  }
+  return request;
+}
+
+std::string assetRequest(AssetRequestReader const& aReader) {
+  if (aReader.isGet()) {
+    // Always the same.
+    static std::string const ofGet = readAssetRequest(aReader.text());
+    return ofGet;
+  }
+  return readAssetRequest(aReader.text());
+}
+
 }  // namespace
 
 AssetRequestHandler::AssetRequestHandler() : AssetRequestHandler(std::make_shared<MimeTypes>()) {}
@@ -103,7 +131,7 @@ void AssetRequestHandler::startListener() {
 
 void AssetRequestHandler::answer(AssetRequestReader const& aReader) {
   try {
-    respond(aReader.getStatusText(), assetRequest(aReader.text()));
+    respond(aReader.getStatusText(), assetRequest(aReader));
     return;
   } catch (std::exception const& error) {
     PCRealDebug::Print(PCRealDebug::Detail, "AssetRequestHandler::startListener: Bad request: %s",
@@ -113,25 +141,6 @@ void AssetRequestHandler::answer(AssetRequestReader const& aReader) {
                        "AssetRequestHandler::startListener: Bad request: unknown exception");
   }
   sendBytes(AssetResponse::badRequestPage(), AssetConnection::Last);
-}
-
-// Nothing else of the envelope is looked at.
-std::string AssetRequestHandler::assetRequest(std::string const& aText) const {
-  HierarchicalDB envelope;
-  if (envelope.loadFromString(aText) != 0) {
-    PCRealDebug::Print(
-        PCRealDebug::Warning,
-        "AssetRequestHandler::startListener: Failed to read request into HDB, not XML?");
-    throw std::runtime_error("no XML");
-  }
-  std::string request;
-  if (envelope.getContent("/Envelope/Body/AssetRequest", request) != 0 || request.empty()) {
-    PCRealDebug::Print(PCRealDebug::Warning,
-                       "AssetRequestHandler::startListener: Failed to read Asset request chunk "
-                       "from HDB or was not found");
-    throw std::runtime_error("no asset request");
-  }
-  return request;
 }
 
 // The status tells nothing of success: that is said in the parts.

@@ -64,7 +64,6 @@ class AssetRequestHandler : public virtual PCThread, public AssetParts {
   void t_Main() override;
   void startListener();
   void answer(AssetRequestReader const& aReader);
-  std::string assetRequest(std::string const& aText) const;
   void respond(std::string const& aStatus, std::string const& aRequest);
   bool sendBytes(std::string const& aBytes, AssetConnection::Follow aFollow);
   bool sendFile(AssetFileObject const& aFile, bool aLast);

@@ -302,9 +302,7 @@ TEST_F(AssetExchange, GoesOnWhenReceivingIsInterrupted) {
 }
 
 TEST_F(AssetExchange, BoundsHowLongEitherWayStandsStill) {
-  auto const listener = listen();
-  FakeSockets::TakeOptions();
-  exchange(post(cEnvelope));
+  served(post(cEnvelope));
   long const patience[2] = {600, 0};
   std::string const value(reinterpret_cast<char const*>(patience), sizeof patience);
   std::vector<Platform::Fake::SocketOption> const options = FakeSockets::TakeOptions();

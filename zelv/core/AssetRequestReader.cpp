@@ -62,11 +62,11 @@ AssetRequestReader::Outcome AssetRequestReader::read(AssetConnection& aConnectio
 }
 
 bool AssetRequestReader::isMethodAllowed() const {
-  return getMethod() == "GET" || getMethod() == "POST";
+  return isGet() || getMethod() == "POST";
 }
 
 std::string AssetRequestReader::text() const {
-  if (getMethod() == "GET") {
+  if (isGet()) {
     return requestOfGet;
   }
   // Without a header "Host", and with a length of 0, there is no body at all.

@@ -24,6 +24,8 @@ class AssetRequestReader {
   std::string const& getStatusText() const { return mParser.getStatusText(); }
   std::string const& getMethod() const { return mDocument.GetRequest().GetMethod(); }
 
+  bool isGet() const { return getMethod() == "GET"; }
+
   /// True for the methods that are served.
   bool isMethodAllowed() const;
 
