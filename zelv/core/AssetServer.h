@@ -54,9 +54,9 @@ class Core::AssetServer : public virtual ICoreDataCallback {
  private:
   using Listeners = std::list<std::unique_ptr<AssetConnectionListener>>;
 
-  void closeListener();
-  void startListener();
-  void reapReplaced();
+  void closeListener() ZELV_REQUIRES(mLock);
+  void startListener() ZELV_REQUIRES(mLock);
+  void reapReplaced() ZELV_REQUIRES(mLock);
 
   IAssetProvider* mProvider = nullptr;
   PCMutex mLock;
