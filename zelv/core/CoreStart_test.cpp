@@ -120,7 +120,8 @@ TEST_F(CoreStart, WithDevicesPresentNothingIsCopiedEvenIfOtherFilesAreMissing) {
   EXPECT_THAT(FakeShell::Lines(), Not(Contains(seedLine())));
   // Those that components load were restored one by one.
   EXPECT_THAT(mSet.directories.listWritable(),
-              ElementsAre("Applications.xml", "Configuration.xml", "Devices.xml", "Users.xml"));
+              ElementsAre("Applications.xml", "Assets.xml", "Configuration.xml", "Devices.xml",
+                          "Users.xml"));
   EXPECT_THAT(mSet.directories.getWritable("Devices.xml"), HasSubstr("Mine=\"1\""));
   EXPECT_THAT(mSet.log,
               Logged(PCRealDebug::Detail,

@@ -12,6 +12,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "zelv/core/AssetProvider.h"
 #include "zelv/core/GenericDataProvider.h"
 #include "zelv/core/MultiAccount.h"
 #include "zelv/core/MultiDevice.h"
@@ -108,7 +109,9 @@ TEST_F(CoreTest, GetCoreGivesTheRunningInstance) {
 
 TEST_F(CoreTest, StartMakesTheStandardComponents) {
   auto const components = mCore->getRegisteredComponents();
-  ASSERT_EQ(components.size(), 4U);
+  ASSERT_EQ(components.size(), 5U);
+  ASSERT_EQ(components.count("AssetProvider"), 1U);
+  EXPECT_NE(dynamic_cast<Core::AssetProvider*>(components.at("AssetProvider")), nullptr);
   ASSERT_EQ(components.count("MultiAccount"), 1U);
   EXPECT_NE(dynamic_cast<Core::MultiAccount*>(components.at("MultiAccount")), nullptr);
   ASSERT_EQ(components.count("MultiDevice"), 1U);
@@ -150,8 +153,8 @@ TEST_F(CoreTest, StopGoesThroughItsStepsInOrder) {
         steps.push_back(step);
       }
     }
-    for (char const* component :
-         {"ApplicationsManager", "ConfigurationManager", "MultiAccount", "MultiDevice"}) {
+    for (char const* component : {"ApplicationsManager", "AssetProvider", "ConfigurationManager",
+                                  "MultiAccount", "MultiDevice"}) {
       if (text.find("Removing component '" + std::string(component)) != std::string::npos) {
         steps.push_back(component);
       }
@@ -160,8 +163,8 @@ TEST_F(CoreTest, StopGoesThroughItsStepsInOrder) {
   EXPECT_THAT(steps, ElementsAre("LifetimeController::terminate", "UserController::terminate",
                                  "CommandController::terminate", "DataController::terminate",
                                  "TimerController::terminate", "NetworkAdapter::terminate",
-                                 "ApplicationsManager", "ConfigurationManager", "MultiAccount",
-                                 "MultiDevice"));
+                                 "ApplicationsManager", "AssetProvider", "ConfigurationManager",
+                                 "MultiAccount", "MultiDevice"));
 }
 
 TEST_F(CoreTest, StopTwiceIsHarmless) {
