@@ -173,6 +173,7 @@ TEST_F(MultiDeviceStart, WithoutACableTheOldAddressStays) {
 
 TEST_F(MultiDeviceStart, AStartRefreshesAddressesThenModelThenIdentityAtOneReplacementEach) {
   put("");
+  set.directories.putWritable("Assets.xml", "<Assets/>");
   set.directories.putWritable("Users.xml", "<Users/>");
   g_AppTV.SetProductCode("UE40");
   FakeFiles::Reset();

@@ -12,6 +12,11 @@ namespace Zelv::Testing {
 /// Writes down the parts of a response.
 class RecordedParts : public AssetParts {
  public:
+  RecordedParts() = default;
+  RecordedParts(RecordedParts const&) = delete;
+  RecordedParts& operator=(RecordedParts const&) = delete;
+  virtual ~RecordedParts() = default;
+
   bool sendText(std::string const& aText, bool) override {
     texts.push_back(aText);
     calls.push_back("text " + aText);
