@@ -39,7 +39,7 @@ class Peer {
 
   /// A port of this type that nobody has, below those that the kernel gives out by itself.
   static std::uint16_t freePort(int aType) {
-    static std::mt19937 random{std::random_device{}()};
+    thread_local std::mt19937 random{std::random_device{}()};
     for (int i = 0; i < 1000; ++i) {
       auto const port = static_cast<std::uint16_t>(20000 + random() % 12000);
       Peer probe(aType);

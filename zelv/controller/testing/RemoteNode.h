@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -103,7 +104,7 @@ class RemoteNode {
     return handler;
   }
 
-  static inline ICoreData* sTree = nullptr;
+  static inline std::atomic<ICoreData*> sTree{nullptr};
 
   bool mStopped = false;
 
