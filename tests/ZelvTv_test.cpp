@@ -381,6 +381,29 @@ TEST_F(ZelvTv, TakesAndKeepsANameFromTheFirstStartOn) {
   EXPECT_EQ(Get(tv, kName), "Kitchen");
 }
 
+// A name is written before the library looks whether the directory is new, and a directory may be
+// older than the picture.
+TEST_F(ZelvTv, HasThePictureOfItsPackageWhereItWorks) {
+  std::string const picture = contentOf(Factory() + "/tv.png");
+  ASSERT_FALSE(picture.empty());
+  auto arguments = Arguments();
+  arguments.insert(arguments.end(), {"--name", "Kitchen"});
+  {
+    TvProcess tv(arguments, Log());
+    EXPECT_THAT(tv.Line(), MatchesRegex(kReady));
+    EXPECT_TRUE(contentOf(Data() + "/tv.png") == picture);
+  }
+  std::filesystem::remove(Data() + "/tv.png");
+  auto const tv = Start();
+  EXPECT_TRUE(contentOf(Data() + "/tv.png") == picture);
+}
+
+TEST_F(ZelvTv, StartsWithoutThePictureOfItsPackage) {
+  std::filesystem::remove(Factory() + "/tv.png");
+  Start()->Say("quit");
+  EXPECT_FALSE(std::filesystem::exists(Data() + "/tv.png"));
+}
+
 TEST_F(ZelvTv, SaysSoWhenANameCannotBeStored) {
   std::filesystem::remove(Factory() + "/Devices.xml");
   auto arguments = Arguments();

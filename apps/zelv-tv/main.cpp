@@ -23,13 +23,18 @@
 #include "apps/zelv-tv/Settling.h"
 #include "apps/zelv-tv/TreeListener.h"
 #include "zelv/Zelv.h"
+#include "zelv/infrastructure/ZelvFileUtil.h"
 #include "zelv/platform/Directories.h"
 #include "zelv/platform/PCRealDebug.h"
 #include "zelv/platform/TCTv.h"
 
 namespace {
 
+using Zelv::Infrastructure::ZelvFileUtil;
 using Zelv::Platform::Directories;
+
+/// The file of the package that is built in.
+char const* const kPicture = "tv.png";
 
 /// The model that others see.
 char const* const kProductCode = "zelv-tv";
@@ -90,6 +95,9 @@ int run(ZelvTv::Options const& aOptions) {
     std::cerr << "zelv-tv: the library did not start; the log says why\n";
     return 1;
   }
+  // The library copies all factory files into an empty directory only, and repairs texts one by
+  // one; a picture is none. Without it the set works, and its package has no file.
+  ZelvFileUtil::copyIfNotFound(kPicture, Directories::Writable());
   // The set's own files are named relative to it.
   if (::chdir(Directories::Writable().c_str()) != 0) {
     std::cerr << "zelv-tv: cannot work in " << Directories::Writable() << '\n';
