@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <iostream>
 
+#include "apps/zelvctl/AssetMessage.h"
 #include "apps/zelvctl/Identifier.h"
 #include "apps/zelvctl/Markup.h"
 #include "apps/zelvctl/PrintableText.h"
+#include "zelv/infrastructure/XPathGate.h"
 
 namespace ZelvCtl {
 
@@ -16,6 +18,8 @@ constexpr int usageFault = 2;
 constexpr std::size_t longestName = 128;
 /// Sets read no longer ones.
 constexpr std::size_t longestPath = 2048;
+/// So that the longest request that is allowed fits into what sets read.
+constexpr std::size_t longestAssetPath = 256;
 
 std::string checkName(std::string const& aName) {
   bool const hasControls = std::any_of(aName.begin(), aName.end(), [](unsigned char aByte) {
@@ -56,6 +60,28 @@ std::string checkContent(std::string const& aText) {
 
 std::string checkElement(std::string const& aText) {
   return Markup::isElement(aText) ? "" : "a command is an XML element, as <Echo>text</Echo>";
+}
+
+/// Sets find nothing for any other.
+std::string checkLiteral(std::string const& aText) {
+  return !aText.empty() && Zelv::Infrastructure::XPathGate::isQuotableLiteral(aText)
+             ? ""
+             : "it has 1 to 128 bytes, none of them a quote, a bracket, \"<\", \"&\" or a control "
+               "character";
+}
+
+/// A path is put into the request, and by the set into its answer, as it stands.
+std::string checkAsset(std::string const& aName) {
+  if (!aName.starts_with('/')) {
+    return checkLiteral(aName);
+  }
+  bool const isPlain = std::none_of(aName.begin(), aName.end(), [](unsigned char aByte) {
+    return aByte < 0x20 || aByte == 0x7f || aByte == '\'' || aByte == '<' || aByte == '&';
+  });
+  return isPlain && aName.size() <= longestAssetPath ? ""
+                                                     : "a path has at most 256 bytes, none of them "
+                                                       "an apostrophe, \"<\", \"&\" or a control "
+                                                       "character";
 }
 
 void declareIdentity(CLI::App& aApp, Options& aOptions) {
@@ -173,6 +199,60 @@ void declareInputVerb(CLI::App& aApp, Options& aOptions) {
       ->type_name("");
 }
 
+/// What one option alone cannot tell.
+void checkAssets(Options const& aOptions) {
+  std::size_t const packages = aOptions.packages.size() + aOptions.packageIds.size();
+  std::size_t const assets = aOptions.assets.size() + aOptions.assetIds.size();
+  if (packages + assets == 0) {
+    throw CLI::ValidationError("NAME, --id, --package or --package-id is required");
+  }
+  if (packages > 1 && assets > 0) {
+    throw CLI::ValidationError("assets are looked for in one package, or in all of them");
+  }
+  if (packages + assets > AssetMessage::MaxThings) {
+    throw CLI::ValidationError("one request may ask for 1024 things at most");
+  }
+}
+
+void declareAssetChoice(CLI::App& aVerb, Options& aOptions) {
+  CLI::Validator const literal(checkLiteral, "");
+  aVerb
+      .add_option("NAME", aOptions.assets,
+                  "assets by name; one that begins with / is a path in the package")
+      ->expected(-1)
+      ->check(CLI::Validator(checkAsset, ""))
+      ->type_name("");
+  aVerb.add_option("--id", aOptions.assetIds, "an asset by its ID; may be given several times")
+      ->allow_extra_args(false)
+      ->check(literal)
+      ->type_name("ID");
+  aVerb
+      .add_option("--package", aOptions.packages,
+                  "a whole package, or the one in which assets are looked for")
+      ->allow_extra_args(false)
+      ->check(literal)
+      ->type_name("NAME");
+  aVerb.add_option("--package-id", aOptions.packageIds, "the same by the ID of the package")
+      ->allow_extra_args(false)
+      ->check(literal)
+      ->type_name("ID");
+}
+
+void declareAssetVerb(CLI::App& aApp, Options& aOptions) {
+  CLI::App& asset = declareVerb(aApp, aOptions, Options::Asset, "asset",
+                                "fetch the files of assets, or list what a package holds. The own "
+                                "identifier goes before the command: --id is an asset's here");
+  declareDevice(asset, aOptions);
+  declareAssetChoice(asset, aOptions);
+  auto* const folder =
+      asset.add_option("-o,--output", aOptions.folder, "directory that files are written to")
+          ->type_name("DIR")
+          ->capture_default_str();
+  asset.add_flag("--list", aOptions.list, "print name, ID and source of each asset; fetch nothing")
+      ->excludes(folder);
+  asset.final_callback([&aOptions] { checkAssets(aOptions); });
+}
+
 void declareServeVerb(CLI::App& aApp, Options& aOptions) {
   CLI::App& serve =
       declareVerb(aApp, aOptions, Options::Serve, "serve",
@@ -192,6 +272,7 @@ void declareVerbs(CLI::App& aApp, Options& aOptions) {
   declareTreeVerbs(aApp, aOptions);
   declareCommandVerb(aApp, aOptions);
   declareInputVerb(aApp, aOptions);
+  declareAssetVerb(aApp, aOptions);
   declareServeVerb(aApp, aOptions);
 }
 

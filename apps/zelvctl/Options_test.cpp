@@ -95,6 +95,42 @@ TEST(ZelvctlOptions, NameInputOfAnyTypeAndAsManyValuesAsThereAre) {
   EXPECT_THAT(parsed.options.values, ElementsAre("UP", "<b>x</b>", ""));
 }
 
+TEST(ZelvctlOptions, NameAssetsAndWhereTheyGo) {
+  Parsed const parsed = parse({"--id", "6f1d2a3e-0c57-4b8e-9a41-5d7e6b3c2f10", "asset", "tv", "a",
+                               "/b[@x=\"1\"]", "--id", "A2CE", "-o", "/tmp", "--id", "x"});
+  ASSERT_TRUE(parsed.hasWork) << parsed.error;
+  EXPECT_EQ(parsed.options.verb, Options::Asset);
+  EXPECT_EQ(parsed.options.device, "tv");
+  EXPECT_THAT(parsed.options.assets, ElementsAre("a", "/b[@x=\"1\"]"));
+  EXPECT_THAT(parsed.options.assetIds, ElementsAre("A2CE", "x"));
+  EXPECT_EQ(parsed.options.id, "6f1d2a3e-0c57-4b8e-9a41-5d7e6b3c2f10");
+  EXPECT_EQ(parsed.options.folder, "/tmp");
+  EXPECT_FALSE(parsed.options.list);
+}
+
+TEST(ZelvctlOptions, NamePackagesAndAssetsInOne) {
+  Parsed const one = parse({"asset", "tv", "--package", "test", "a", "b", "--list", "--json"});
+  ASSERT_TRUE(one.hasWork) << one.error;
+  EXPECT_THAT(one.options.packages, ElementsAre("test"));
+  EXPECT_THAT(one.options.assets, ElementsAre("a", "b"));
+  EXPECT_TRUE(one.options.list);
+  EXPECT_TRUE(one.options.json);
+  EXPECT_EQ(one.options.folder, ".");
+  Parsed const two =
+      parse({"asset", "tv", "--package", "p", "--package", "q", "--package-id", "r"});
+  ASSERT_TRUE(two.hasWork) << two.error;
+  EXPECT_THAT(two.options.packages, ElementsAre("p", "q"));
+  EXPECT_THAT(two.options.packageIds, ElementsAre("r"));
+}
+
+TEST(ZelvctlOptions, AskForNoMoreThanASetAnswersAtATime) {
+  std::vector<char const*> arguments = {"asset", "tv"};
+  arguments.resize(arguments.size() + 1024, "a");
+  EXPECT_TRUE(parse(arguments).hasWork);
+  arguments.push_back("a");
+  EXPECT_EQ(parse(arguments).error, "zelvctl: one request may ask for 1024 things at most\n");
+}
+
 TEST(ZelvctlOptions, TellWhatIsAnsweredToCommands) {
   EXPECT_EQ(parse({"serve"}).options.verb, Options::Serve);
   EXPECT_EQ(parse({"serve"}).options.answer, std::nullopt);
@@ -104,6 +140,7 @@ TEST(ZelvctlOptions, TellWhatIsAnsweredToCommands) {
 
 TEST(ZelvctlOptions, RefuseWhatIsWrongInOneLine) {
   std::string const longPath = "/Zelv/" + std::string(2048, 'a');
+  std::string const longAsset = "/" + std::string(256, 'a');
   std::vector<std::vector<char const*>> const rows = {
       {},
       {"frob"},
@@ -135,12 +172,27 @@ TEST(ZelvctlOptions, RefuseWhatIsWrongInOneLine) {
       {"command", "tv", "<Echo/>", "--returns", "2", "--no-wait"},
       {"input", "tv", "Key"},
       {"input", "tv", "Key", "<b>"},
+      {"asset"},
+      {"asset", "tv"},
+      {"asset", "tv", ""},
+      {"asset", "tv", "a'b"},
+      {"asset", "tv", "a[1]"},
+      {"asset", "tv", "/a[@x='1']"},
+      {"asset", "tv", "/a<b"},
+      {"asset", "tv", "/a\nb"},
+      {"asset", "tv", longAsset.c_str()},
+      {"asset", "tv", "--id", "a\"b"},
+      {"asset", "tv", "--id"},
+      {"asset", "tv", "--package", ""},
+      {"asset", "tv", "--package-id", "a&b"},
+      {"asset", "tv", "a", "--package", "p", "--package-id", "q"},
+      {"asset", "tv", "a", "--list", "-o", "x"},
       {"serve", "--answer", "<b>"},
       {"serve", "tv"},
   };
   for (auto const& row : rows) {
     Parsed const parsed = parse(row);
-    EXPECT_FALSE(parsed.hasWork);
+    EXPECT_FALSE(parsed.hasWork) << (row.empty() ? "" : row[0]);
     EXPECT_EQ(parsed.status, 2);
     EXPECT_THAT(parsed.error, MatchesRegex("zelvctl: [^\n]+\n"));
     EXPECT_EQ(parsed.out, "");

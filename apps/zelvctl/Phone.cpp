@@ -33,7 +33,7 @@ std::string hostOf(std::string const& aUrl) {
 /// Where the device has what this phone can make use of.
 std::map<std::string, std::string> servicesOf(HierarchicalDB& aMessage, std::string const& aPath) {
   std::map<std::string, std::string> services;
-  for (char const* name : {"DataControl", "CommandControl", "InputControl"}) {
+  for (char const* name : {"DataControl", "CommandControl", "InputControl", "AssetManagement"}) {
     std::string const url =
         read(aMessage, aPath + "Services/Service[Name='" + name + "']/URL/text()");
     if (!url.empty()) {

@@ -16,6 +16,7 @@ struct Service {
   static Service data() { return {"DataControl", "tcp", "4446"}; }
   static Service commands() { return {"CommandControl", "tcp", "4448"}; }
   static Service input() { return {"InputControl", "udp", "4449"}; }
+  static Service assets() { return {"AssetManagement", "http", "4450"}; }
 
   /// At an address that was given by hand.
   Zelv::Infrastructure::URL at(std::string const& aAddress) const {

@@ -15,6 +15,7 @@ TEST(Service, StandsAtAFixedPortOfAnAddressGivenByHand) {
   EXPECT_EQ(Service::data().at("10.77.0.1").toString(), "tcp://10.77.0.1:4446/");
   EXPECT_EQ(Service::commands().at("10.77.0.1").toString(), "tcp://10.77.0.1:4448/");
   EXPECT_EQ(Service::input().at("10.77.0.1").toString(), "udp://10.77.0.1:4449/");
+  EXPECT_EQ(Service::assets().at("10.77.0.1").toString(), "http://10.77.0.1:4450/");
 }
 
 TEST(Service, StandsWhereADeviceAnnouncesIt) {

@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "apps/StopSignal.h"
+#include "apps/zelvctl/AssetVerb.h"
 #include "apps/zelvctl/CommandVerb.h"
 #include "apps/zelvctl/DevicesVerb.h"
 #include "apps/zelvctl/GetVerb.h"
@@ -46,6 +47,8 @@ void run(Options const& aOptions, ZelvApps::StopSignal const& aStop) {
       return runVerb<ZelvCtl::CommandVerb>(aOptions, aStop);
     case Options::Input:
       return runVerb<ZelvCtl::InputVerb>(aOptions, aStop);
+    case Options::Asset:
+      return runVerb<ZelvCtl::AssetVerb>(aOptions, aStop);
     case Options::Serve:
       return runVerb<ZelvCtl::ServeVerb>(aOptions, aStop);
   }

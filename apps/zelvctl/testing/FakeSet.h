@@ -17,15 +17,19 @@
 namespace ZelvCtl {
 
 /// A set called "Kitchen" in a home on the loopback interface: answers the phone's Probe, takes
-/// data and commands at one mailbox and input where the home is. Every wait is bounded to 20
-/// seconds.
+/// data and commands at one mailbox and input where the home is; assets are elsewhere. Every wait
+/// is bounded to 20 seconds.
 class FakeSet {
  public:
   /// Called on the set's thread with each message that comes.
   using Listener = std::function<void(std::string const& aMessage)>;
 
-  explicit FakeSet(Listener aListener = [](std::string const&) {})
-      : mListener(std::move(aListener)), mThread([this] { live(); }) {}
+  /// @param aAssetsUrl  where it says that it has assets; empty for a set without any.
+  explicit FakeSet(
+      Listener aListener = [](std::string const&) {}, std::string aAssetsUrl = "")
+      : mListener(std::move(aListener)),
+        mAssetsUrl(std::move(aAssetsUrl)),
+        mThread([this] { live(); }) {}
   FakeSet(FakeSet const&) = delete;
   FakeSet& operator=(FakeSet const&) = delete;
   ~FakeSet() {
@@ -46,6 +50,7 @@ class FakeSet {
                "'><Name>Kitchen</Name><Model>M</Model><Type>TV</Type><Services>" +
                service("DataControl", url()) + service("CommandControl", url()) +
                service("InputControl", mHome.url()) +
+               (mAssetsUrl.empty() ? "" : service("AssetManagement", mAssetsUrl)) +
                "</Services></Device></Hello></Body></Envelope>");
   }
 
@@ -105,6 +110,7 @@ class FakeSet {
   }
 
   Listener const mListener;
+  std::string const mAssetsUrl;
   LoopbackHome mHome;
   Bell mEnd;
   Loop mLoop{mEnd.descriptor()};
