@@ -172,8 +172,10 @@ TEST_F(HttpPostTest, BoundsHeaders) {
 }
 
 TEST_F(HttpPostTest, LetsNothingStandBetween) {
+  // NOLINTNEXTLINE(concurrency-mt-unsafe)
   ::setenv("http_proxy", "http://127.0.0.1:1/", 1);
   EXPECT_EQ(resultOf("HTTP/1.1 200 OK\r\n\r\ndirect"), "");
+  // NOLINTNEXTLINE(concurrency-mt-unsafe)
   ::unsetenv("http_proxy");
   EXPECT_EQ(mRecorder.text, "200 : direct");
 }
