@@ -29,6 +29,7 @@ Core::AssetProvider::AssetPackage::AssetPackage(std::string const& aFile,
     throw std::runtime_error("AssetPackage: Failed to Load HDB from File!");
   }
   describe(aRootPath);
+  measure();
 }
 
 Core::AssetProvider::AssetPackage::~AssetPackage() {
@@ -74,7 +75,18 @@ int Core::AssetProvider::AssetPackage::getContent(std::string const& aXPath, std
 int Core::AssetProvider::AssetPackage::setContent(std::string const& aXPath,
                                                   std::string const& aData) {
   TCAutoLock lock(mLock);
-  return mStore->setContent(aXPath, aData, false);
+  int const result = mStore->setContent(aXPath, aData, false);
+  if (result == 0) {
+    mSize += aData.size();
+  }
+  return result;
+}
+
+void Core::AssetProvider::AssetPackage::measure() {
+  TCAutoLock lock(mLock);
+  std::string text;
+  mStore->serialize(text, -1);
+  mSize = text.size();
 }
 
 void Core::AssetProvider::AssetPackage::removeNamed(std::set<std::string>& aPaths) {

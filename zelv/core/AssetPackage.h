@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <set>
@@ -43,8 +44,12 @@ class Core::AssetProvider::AssetPackage {
   bool persists() const { return mPersist; }
   std::string const& getID() const { return mId; }
 
-  /// The bytes that the package was loaded from.
+  /// About the bytes that the package takes: those that it was loaded from, and those of all values
+  /// that were written since, whatever they replaced.
   std::size_t getSize() const { return mSize; }
+
+  /// From here on the size is that of the document as it is.
+  void measure();
 
   /// Removes the files of its assets from aPaths.
   void removeNamed(std::set<std::string>& aPaths);
@@ -64,7 +69,7 @@ class Core::AssetProvider::AssetPackage {
   std::string mId;
   std::string mFile;
   bool mPersist;
-  std::size_t mSize = 0;
+  std::atomic<std::size_t> mSize{0};
 };
 
 }  // namespace Zelv

@@ -77,6 +77,12 @@ TEST(AssetPackage, RefusesAnotherRootElement) {
             "AssetPackage: Root element is not AssetPackage!!");
 }
 
+// A name of more bytes than a read gives.
+TEST(AssetPackage, RefusesARootElementWhoseNameCannotBeRead) {
+  EXPECT_EQ(failureOf("<" + std::string(std::size_t{9} << 20U, 'x') + "/>", std::string()),
+            "AssetPackage: Failed to read root element name from HDB");
+}
+
 TEST(AssetPackage, GivesItselfAnIDInPlaceOfAnEmptyOne) {
   AssetPackage package("<AssetPackage ID='' name='n' path=''/>", "");
   EXPECT_EQ(GUID(package.getID()).toString(), package.getID());
@@ -107,6 +113,16 @@ TEST(AssetPackage, KnowsTheSizeOfItsText) {
   EXPECT_EQ(AssetPackage(cPackage, "").getSize(), sizeof cPackage - 1);
 }
 
+TEST(AssetPackage, CountsWhatIsWrittenUntilItIsMeasured) {
+  AssetPackage package(cPackage, "");
+  package.setContent("/AssetPackage/a/@src", "1234");
+  package.setContent("/AssetPackage/a/@src", "12345");
+  package.setContent("/AssetPackage/a/@none", "123456");
+  EXPECT_EQ(package.getSize(), sizeof cPackage - 1 + 9);
+  package.measure();
+  EXPECT_EQ(package.getSize(), sizeof cPackage - 1 + 4);
+}
+
 class AssetPackageFile : public ::testing::Test {
  protected:
   AssetPackageFile() { directories.putWritable("p.xml", cPackage); }
@@ -121,6 +137,7 @@ TEST_F(AssetPackageFile, IsLoadedAndRemembered) {
   EXPECT_EQ(package.getID(), "i");
   EXPECT_EQ(package.getRootPath(), "there/");
   EXPECT_TRUE(package.persists());
+  EXPECT_EQ(package.getSize(), sizeof cPackage - 1);
   EXPECT_FALSE(AssetPackage(path(), "", false).persists());
 }
 

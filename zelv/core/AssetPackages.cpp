@@ -13,24 +13,43 @@ namespace Zelv {
 using Infrastructure::MultiString;
 
 bool AssetPackages::insert(std::string const& aName, Held aPackage) {
+  bool const hasRoom = hasRoomFor(aPackage->getSize());
   TCAutoLock lock(mLock);
   if (mPackages.contains(aName)) {
     return true;
   }
-  if (!hasRoomFor(*aPackage)) {
+  if (!hasRoom || mPackages.size() >= maximumPackages) {
     PCRealDebug::Print(
         PCRealDebug::Warning,
         "AssetPackages::insert: Package '%s' is not taken, there are %u of %u bytes.",
-        aName.c_str(), static_cast<unsigned>(mPackages.size()), static_cast<unsigned>(mSize));
+        aName.c_str(), static_cast<unsigned>(mPackages.size()), static_cast<unsigned>(size()));
     return false;
   }
-  mSize += aPackage->getSize();
   mPackages.emplace(aName, std::move(aPackage));
   return true;
 }
 
-bool AssetPackages::hasRoomFor(AssetPackage const& aPackage) const {
-  return mPackages.size() < maximumPackages && aPackage.getSize() <= maximumSize - mSize;
+// Measuring takes as long as sending the packages would, so that values are only counted until they
+// seem to be too many.
+bool AssetPackages::hasRoomFor(std::size_t aSize) {
+  if (aSize > maximumSize) {
+    return false;
+  }
+  if (size() > maximumSize - aSize) {
+    for (Held const& package : all()) {
+      package->measure();
+    }
+  }
+  return size() <= maximumSize - aSize;
+}
+
+std::size_t AssetPackages::size() {
+  TCAutoLock lock(mLock);
+  std::size_t size = 0;
+  for (auto const& entry : mPackages) {
+    size += entry.second->getSize();
+  }
+  return size;
 }
 
 AssetPackages::Held AssetPackages::find(std::string const& aName) {
@@ -56,7 +75,6 @@ bool AssetPackages::remove(std::string const& aName) {
     return false;
   }
   removed = std::move(entry->second);
-  mSize -= removed->getSize();
   mPackages.erase(entry);
   return true;
 }

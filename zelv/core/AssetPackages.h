@@ -24,7 +24,7 @@ class AssetPackages {
 
   /// Packages come from other devices too, so there is a bound.
   static constexpr std::size_t maximumPackages = 256;
-  /// Bytes that all of them were loaded from.
+  /// Bytes of all of them, as loaded and as writes make them.
   static constexpr std::size_t maximumSize = std::size_t{64} << 20U;
   /// Bytes of what a read of all packages gives.
   static constexpr std::size_t maximumResult = std::size_t{8} << 20U;
@@ -32,6 +32,9 @@ class AssetPackages {
   /// Adds a package; one of that name stays, in silence.
   /// @return false when there are too many, or too large ones.
   bool insert(std::string const& aName, Held aPackage);
+
+  /// Whether the packages may grow by so many bytes.
+  bool hasRoomFor(std::size_t aSize);
 
   /// Null when there is none.
   Held find(std::string const& aName);
@@ -50,10 +53,9 @@ class AssetPackages {
 
  private:
   std::vector<Held> all();
-  bool hasRoomFor(AssetPackage const& aPackage) const ZELV_REQUIRES(mLock);
+  std::size_t size();
 
   std::map<std::string, Held> mPackages ZELV_GUARDED_BY(mLock);
-  std::size_t mSize ZELV_GUARDED_BY(mLock) = 0;
   PCMutex mLock;
 };
 

@@ -103,6 +103,22 @@ TEST(AssetPackages, TakeABoundedNumberOfBytes) {
   EXPECT_TRUE(packages.insert("one more", package("i", text)));
 }
 
+TEST(AssetPackages, CountWhatIsWrittenAndMeasureAnewWhenThatIsTooMuch) {
+  AssetPackages packages;
+  std::string const text(std::size_t{15} << 20U, 'x');
+  AssetPackages::Held const held = package("i", "<x>old</x>");
+  packages.insert("n", held);
+  for (int count = 0; count < 4; ++count) {
+    EXPECT_EQ(held->setContent("/AssetPackage/x/text()", text), 0);
+  }
+  EXPECT_GT(held->getSize(), 4 * text.size());
+  EXPECT_TRUE(packages.hasRoomFor(std::size_t{1} << 20U));
+  EXPECT_GT(held->getSize(), 4 * text.size());
+  EXPECT_TRUE(packages.hasRoomFor(text.size()));
+  EXPECT_LT(held->getSize(), 2 * text.size());
+  EXPECT_FALSE(packages.hasRoomFor(AssetPackages::maximumSize - text.size()));
+}
+
 TEST(AssetPackages, TakeTheFilesThatTheyNameOutOfASet) {
   AssetPackages packages;
   packages.insert("a", package("1", "<x src='of a'/>"));

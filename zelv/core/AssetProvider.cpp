@@ -332,7 +332,7 @@ int Core::AssetProvider::writePackage(std::shared_ptr<AssetPackage> const& aPack
   if (!aPackage) {
     return writeMissing(aChange);
   }
-  int const result = aPackage->setContent(aChange.path, aChange.data);
+  int const result = hasRoomFor(aChange) ? aPackage->setContent(aChange.path, aChange.data) : -1;
   if (result != 0) {
     PCRealDebug::Print(PCRealDebug::Error, "AssetProvider::setData() setContent gives %d", result);
     throw std::runtime_error("AssetProvider::Set Data on Store Repository Failed!");
@@ -342,6 +342,16 @@ int Core::AssetProvider::writePackage(std::shared_ptr<AssetPackage> const& aPack
     throw std::runtime_error("AssetProvider::File save failed!");
   }
   return 0;
+}
+
+bool Core::AssetProvider::hasRoomFor(Change const& aChange) {
+  if (mPackages->hasRoomFor(aChange.data.size())) {
+    return true;
+  }
+  PCRealDebug::Print(PCRealDebug::Warning,
+                     "AssetProvider::setData() No room for %u bytes more in packages.",
+                     static_cast<unsigned>(aChange.data.size()));
+  return false;
 }
 
 int Core::AssetProvider::writeMissing(Change const& aChange) {

@@ -106,6 +106,7 @@ class Core::AssetProvider : public virtual ICoreLifetimeCallback,
   int writeMain(Change const& aChange);
   int writePackage(std::shared_ptr<AssetPackage> const& aPackage, std::string const& aKey,
                    Change const& aChange);
+  bool hasRoomFor(Change const& aChange);
   int writeMissing(Change const& aChange);
   void notify(Change const& aChange);
 

@@ -434,6 +434,36 @@ TEST_F(AssetProviderTest, TakesABoundedNumberOfPackages) {
   EXPECT_EQ(load("another", ""), 0);
 }
 
+TEST_F(AssetProviderTest, LetsPackagesGrowToABoundByWrites) {
+  run();
+  std::string const text(std::size_t{15} << 20U, 'x');
+  for (char const* name : {"a", "b", "c", "d"}) {
+    load(name, "<x>old</x>");
+    EXPECT_EQ(write("/AssetPackage[@name='" + std::string(name) + "']/x/text()", text), 0);
+  }
+  load("e", "<x>old</x>");
+  tree.calls.clear();
+  EXPECT_EQ(write("/AssetPackage[@name='e']/x/text()", text), -1);
+  EXPECT_THAT(log, Logged(PCRealDebug::Warning,
+                          "AssetProvider::setData() No room for 15728640 bytes more in packages."));
+  EXPECT_EQ(read("/AssetPackage[@name='e']/x/text()"), "old");
+  EXPECT_THAT(tree.calls, IsEmpty());
+  EXPECT_EQ(write("/AssetPackage[@name='e']/x/text()", "new"), 0);
+  write("/AssetPackage[@name='a']", "");
+  EXPECT_EQ(write("/AssetPackage[@name='e']/x/text()", text), 0);
+}
+
+// What a value replaces gives its room back.
+TEST_F(AssetProviderTest, LetsOneValueBeWrittenAnyNumberOfTimes) {
+  run();
+  load("p", "<x>old</x>");
+  std::string const text(std::size_t{15} << 20U, 'x');
+  for (int count = 0; count < 6; ++count) {
+    EXPECT_EQ(write("/AssetPackage[@name='p']/x/text()", text), 0) << count;
+  }
+  EXPECT_EQ(load("q", "<x>" + std::string(std::size_t{3} << 20U, 'x') + "</x>"), 0);
+}
+
 // Lifetime.
 
 constexpr char const* cSubscription =
