@@ -126,6 +126,23 @@ TEST_F(AssetFileSending, OpensRegularFilesBelowTheirPackageAlone) {
   }
 }
 
+// Who puts a link beside the files of a package says where the file is.
+TEST_F(AssetFileSending, FollowsALinkToARegularFileAlone) {
+  std::string const link = directories.writable() + "link.png";
+  std::filesystem::create_symlink(file("a.png", "X"), link);
+  std::string response = sent({object(link)});
+  EXPECT_EQ(response, answer(response, filePart(response, "image/png", "id", "X")));
+  for (char const* target : {"/dev/zero", "/", "nowhere"}) {
+    std::filesystem::remove(link);
+    std::filesystem::create_symlink(target, link);
+    log.clear();
+    response = sent({object(link)}, false);
+    EXPECT_EQ(response, answer(response)) << target;
+    EXPECT_THAT(log, Logged(PCRealDebug::Error,
+                            "AssetRequestHandler::sendFiles: Failed to Open the file: " + link));
+  }
+}
+
 TEST_F(AssetFileSending, StopsWhenTheSizeCannotBeHad) {
   std::string const path = file("a.png", "X");
   struct {

@@ -283,7 +283,7 @@ std::string tooNested() {
   for (int level = 0; level < 200; ++level) {
     text += "&lt;b&gt;";
   }
-  return "<Asset name='a'>" + text + "</Asset>";
+  return text;
 }
 
 class FailingAssetRequest : public AssetRequestTest,
@@ -312,9 +312,14 @@ INSTANTIATE_TEST_SUITE_P(
                 "AssetProvider::handleAssetRequest() failed to read request ID from HDB\n", 0},
         Failure{request("<Other/>"),
                 "AssetProvider::handleAssetRequest() no packages or assests found!\n", 0},
-        Failure{request("<Asset ID='1'/>" + tooNested() + "<Asset ID='2'/>"),
+        Failure{
+            request("<Asset ID='1'/><Asset name='a'>" + tooNested() + "</Asset><Asset ID='2'/>"),
+            "AssetProvider::handleAssetRequest() parsing error, could not read asset request: "
+            "<Asset name='a'>",
+            2},
+        Failure{request("<Package name='p'/><Package name='q'>" + tooNested() + "</Package>"),
                 "AssetProvider::handleAssetRequest() parsing error, could not read asset request: "
-                "<Asset name='a'>",
+                "<Package name='q'>",
                 2},
         Failure{request("<Package name='p'/><Package/><Asset ID='1'/>"),
                 "AssetProvider::handleAssetRequest() parsing error, could not read package id or "
