@@ -73,9 +73,9 @@ class AssetConnectionListener : public virtual PCThread {
   AssetSocket mSocket;
   SocketCommon::SockAddr mLocalAddress;
   SocketCommon::SockAddr mPeerAddress;
+  Handlers mHandlers ZELV_GUARDED_BY(mLock);
   /// Guards the list, not the handlers in it. No handler is waited for under it.
   mutable PCMutex mLock;
-  Handlers mHandlers ZELV_GUARDED_BY(mLock);
   bool mServing ZELV_GUARDED_BY(mLock) = false;
   /// Read once for all connections of this listener.
   std::shared_ptr<MimeTypes> const mMimeTypes;

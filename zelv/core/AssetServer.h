@@ -59,11 +59,11 @@ class Core::AssetServer : public virtual ICoreDataCallback {
   void reapReplaced() ZELV_REQUIRES(mLock);
 
   IAssetProvider* mProvider = nullptr;
-  PCMutex mLock;
   std::unique_ptr<AssetConnectionListener> mListener ZELV_GUARDED_BY(mLock);
+  GUID mSubscriptionId ZELV_GUARDED_BY(mLock);
+  PCMutex mLock;
   /// Those whose connections are not done.
   Listeners mReplaced ZELV_GUARDED_BY(mLock);
-  GUID mSubscriptionId ZELV_GUARDED_BY(mLock);
   bool mTerminated ZELV_GUARDED_BY(mLock) = false;
   FindInterface const mFindInterface;
 };
