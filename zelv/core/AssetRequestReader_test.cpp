@@ -2,13 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
+#include <cstddef>
 #include <string>
 
-#include "zelv/adapter/testing/Peer.h"
 #include "zelv/core/AssetConnection.h"
-#include "zelv/core/AssetSocket.h"
-#include "zelv/platform/CCmSocket.h"
+#include "zelv/core/testing/AcceptedClient.h"
 #include "zelv/platform/fake/FakeLog.h"
 #include "zelv/platform/fake/OwnNetwork.h"
 
@@ -17,7 +15,7 @@ namespace {
 
 using Platform::Fake::LogCapture;
 using Platform::Fake::OwnNetwork;
-using Testing::Peer;
+using Testing::AcceptedClient;
 
 std::string postOf(std::string const& aBody, std::size_t aLength) {
   return "POST /x HTTP/1.1\r\nHost: tv\r\nContent-Type: text/xml\r\nContent-Length: " +
@@ -28,21 +26,13 @@ std::string postOf(std::string const& aBody, std::size_t aLength) {
 class AssetRequestReaderTest : public ::testing::Test {
  protected:
   AssetRequestReader::Outcome outcomeOf(std::string const& aRequest) {
-    AssetSocket listening;
-    listening.adopt(CCmSocket::Open(2, 1, 0));
-    SocketCommon::SockAddr address = Peer::loopback(cPort);
-    int length = sizeof address;
-    EXPECT_EQ(CCmSocket::SetAddress(listening.number(), &address, length), 0);
-    EXPECT_EQ(CCmSocket::ListenConnectionRequest(listening.number(), 1), 0);
-    Peer client = Peer::connectedTo(cPort);
+    AcceptedClient accepted;
     AssetConnection connection;
-    connection.adopt(CCmSocket::AcceptConnection(listening.number(), &address, &length));
-    EXPECT_TRUE(client.send(aRequest));
-    client.finishSending();
+    connection.adopt(accepted.socket);
+    EXPECT_TRUE(accepted.client.send(aRequest));
+    accepted.client.finishSending();
     return reader.read(connection);
   }
-
-  static constexpr std::uint16_t cPort = 4450;
 
   OwnNetwork network;
   LogCapture log;
