@@ -12,7 +12,7 @@ SampleCommand::SampleCommand(EventQueue& aEvents, Sender aSender, Work aWork)
 std::string SampleCommand::onCommand(std::string const& aCommand, Zelv::CommandArgs const& aArgs) {
   mEvents.Post("command " + ValueText::ToField(aArgs.senderId) + " " + aArgs.messageId.toString() +
                " " + ValueText::ToLine(aCommand));
-  std::string const value = mWork(aCommand, aArgs);
+  std::string value = mWork(aCommand, aArgs);
   bool const isLocal = aArgs.messageId == Zelv::GUID::nullGUID && aArgs.senderId.empty();
   if (isLocal) {
     return value;

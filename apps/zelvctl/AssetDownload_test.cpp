@@ -204,9 +204,10 @@ TEST_F(AssetDownloadTest, RefusesAnAnswerThatDoesNotFitTheRequest) {
       {"it goes on behind the last answer",
        [](std::string const& aId) { return AssetWire::failure(aId) + oneAsset(aId); }},
   };
-  for (auto const& [text, make] : rows) {
+  for (auto const& row : rows) {
+    auto const& make = row.second;
     EXPECT_EQ(take([&](std::string const& aId) { return make(aId) + AssetWire::closing(); }),
-              broken + text);
+              broken + row.first);
   }
 }
 

@@ -10,7 +10,7 @@ struct Identity {
   std::string name;
   std::string address;
   std::string port;
-  std::string commandUrl = "";  ///< where it takes commands; empty when it takes none
+  std::string commandUrl{};  ///< where it takes commands; empty when it takes none
 };
 
 /// Writes the messages of discovery as a phone sends them.
