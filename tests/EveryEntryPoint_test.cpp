@@ -33,6 +33,7 @@ constexpr seconds cStall{30};
 char const* const cAddress = "10.78.0.1";
 
 seconds duration() {
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread is there yet
   char const* const given = std::getenv("ZELV_STRESS_SECONDS");
   return seconds(given == nullptr ? 3 : std::atoi(given));
 }
