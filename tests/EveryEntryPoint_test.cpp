@@ -40,6 +40,7 @@ seconds duration() {
 
 /// The set's own network has nothing but loopback, whose address no set calls its own.
 bool giveTheNetworkAnAddress() {
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): as above
   return std::system(
              "ip link add set0 type veth peer name wire0 && "
              "ip address add 10.78.0.1/24 dev set0 && "

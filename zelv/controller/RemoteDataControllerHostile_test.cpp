@@ -20,7 +20,6 @@ using Platform::Fake::Logged;
 using Testing::Elsewhere;
 using Testing::RawDevice;
 using Testing::RemoteDataTest;
-using Testing::RemoteNode;
 
 class StrangersAtRemoteData : public RemoteDataTest {
  protected:

@@ -16,7 +16,6 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 using Testing::RawDevice;
-using Testing::RecordingCallback;
 using Testing::RemoteDataTest;
 using ::testing::SizeIs;
 

@@ -88,7 +88,7 @@ std::optional<std::string> RemoteDataReader::boundedSenderId() {
 
 std::optional<URL> RemoteDataReader::notifyTo() {
   std::string const text = read("/Envelope/Header/NotifyTo/text()");
-  std::optional<URL> const url = readUrl(text);
+  std::optional<URL> url = readUrl(text);
   if (!url) {
     PCRealDebug::Print(PCRealDebug::Error,
                        "RemoteDataController::onMessage: NotifyTo '%s' is not a URL.",
@@ -99,7 +99,7 @@ std::optional<URL> RemoteDataReader::notifyTo() {
 
 std::optional<GUID> RemoteDataReader::transactionId() {
   std::string const text = read("/Envelope/Body/RequestData/TransactionId/text()");
-  std::optional<GUID> const id = readId(text);
+  std::optional<GUID> id = readId(text);
   if (!id) {
     PCRealDebug::Print(PCRealDebug::Error,
                        "RemoteDataController::onMessage: TransactionId '%s' is not a GUID.",
@@ -110,7 +110,7 @@ std::optional<GUID> RemoteDataReader::transactionId() {
 
 std::optional<GUID> RemoteDataReader::subscriptionId(std::string const& aType) {
   std::string const text = read("/Envelope/Body/" + aType + "/SubscriptionId/text()");
-  std::optional<GUID> const id = readId(text);
+  std::optional<GUID> id = readId(text);
   if (!id) {
     PCRealDebug::Print(PCRealDebug::Error,
                        "RemoteDataController::onMessage: SubscriptionId '%s' is not a GUID.",
@@ -123,7 +123,7 @@ std::optional<std::string> RemoteDataReader::path(std::string const& aType) {
   // The document has unescaped it once already. Senders have come to rely on the second time.
   std::string text = read("/Envelope/Body/" + aType + "/XPath/text()");
   Infrastructure::XMLSerializer::unescapeXMLEntities(text, text);
-  std::optional<std::string> const local = localPath(text);
+  std::optional<std::string> local = localPath(text);
   if (!local) {
     PCRealDebug::Print(PCRealDebug::Error,
                        "RemoteDataController::onMessage: XPath '%s' is not a path of this device.",

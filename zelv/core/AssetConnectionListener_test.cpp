@@ -17,7 +17,6 @@ namespace Zelv {
 namespace {
 
 using Platform::Fake::FakeClock;
-using Platform::Fake::FakeShell;
 using Platform::Fake::FakeThreads;
 using Platform::Fake::Logged;
 using Testing::AssetPortTest;

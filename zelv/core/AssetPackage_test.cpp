@@ -22,7 +22,6 @@ using Platform::Fake::Logged;
 using Platform::Fake::TemporaryDirectories;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 char const cPackage[] =
     "<AssetPackage ID='i' name='n' path='there/'><a src='x' ID='1'/></AssetPackage>";
