@@ -12,8 +12,6 @@
 
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using Zelv::Infrastructure::HTTPDocument;
 using Zelv::Infrastructure::HTTPParser;
 using Zelv::Platform::Fake::LogCapture;
