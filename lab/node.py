@@ -2,6 +2,7 @@
 
 import errno
 import os
+import re
 import shutil
 import signal
 import subprocess
@@ -113,11 +114,14 @@ class Node:
         """What a read of the path gives, None when it fails."""
         since = len(self.lines())
         self.say("get " + path)
-        identifier = self.wait_for("queued ", since, seconds).split(" ")[1]
+        identifier = None
         deadline = time.monotonic() + seconds
         while time.monotonic() < deadline:
             for line in self.lines(since):
-                if line == "failed " + identifier:
+                # Commands that were typed before may still be queued, and say so in the same way.
+                if identifier is None and re.fullmatch(f"queued [^ ]+ {re.escape(path)}", line):
+                    identifier = line.split(" ")[1]
+                if line == f"failed {identifier}":
                     return None
                 if line.startswith(f"data {identifier} "):
                     return line[len(f"data {identifier} {path} "):]
