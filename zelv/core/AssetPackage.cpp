@@ -2,16 +2,14 @@
 
 #include <stdexcept>
 
+#include "zelv/core/DocumentFile.h"
 #include "zelv/infrastructure/MultiString.h"
-#include "zelv/platform/DurableFile.h"
-#include "zelv/platform/PCRealDebug.h"
 #include "zelv/platform/TCAutoLock.h"
 
 namespace Zelv {
 
 using Infrastructure::HierarchicalDB;
 using Infrastructure::MultiString;
-using Platform::DurableFile;
 
 Core::AssetProvider::AssetPackage::AssetPackage(std::string const& aXml,
                                                 std::string const& aRootPath)
@@ -105,18 +103,7 @@ void Core::AssetProvider::AssetPackage::removeNamed(std::set<std::string>& aPath
 /// Through a temporary file, so that the package stays whole if the set goes down meanwhile.
 bool Core::AssetProvider::AssetPackage::save() {
   TCAutoLock lock(mLock);
-  std::string const temporary = mFile + ".tmp";
-  if (mStore->saveToFile(temporary) != 0) {
-    DurableFile::Remove(temporary);
-    return false;
-  }
-  // As with the accounts, a failure here does not undo the change.
-  if (!DurableFile::Replace(temporary, mFile)) {
-    PCRealDebug::Print(PCRealDebug::Error, "AssetPackage::save: File '%s' could not be replaced.",
-                       mFile.c_str());
-    DurableFile::Remove(temporary);
-  }
-  return true;
+  return DocumentFile::save(*mStore, mFile, "AssetPackage::save");
 }
 
 }  // namespace Zelv

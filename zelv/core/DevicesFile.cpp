@@ -5,11 +5,11 @@
 #include <iterator>
 #include <string>
 
+#include "zelv/core/DocumentFile.h"
 #include "zelv/infrastructure/GUID.h"
 #include "zelv/infrastructure/HierarchicalDB.h"
 #include "zelv/infrastructure/XPathGate.h"
 #include "zelv/platform/Directories.h"
-#include "zelv/platform/DurableFile.h"
 #include "zelv/platform/PCRealDebug.h"
 #include "zelv/platform/Shell.h"
 
@@ -18,7 +18,6 @@ namespace Zelv {
 using Infrastructure::GUID;
 using Infrastructure::HierarchicalDB;
 using Platform::Directories;
-using Platform::DurableFile;
 
 namespace {
 
@@ -103,17 +102,8 @@ bool DevicesFile::isIdentity(std::string const& aText) {
 }
 
 bool DevicesFile::save(HierarchicalDB& aDocument) {
-  std::string const path = Directories::Writable() + Name;
-  std::string const temporary = path + ".tmp";
-  if (aDocument.saveToFile(temporary) != 0) {
-    DurableFile::Remove(temporary);
+  if (!DocumentFile::save(aDocument, Directories::Writable() + Name, "MultiDevice::setData")) {
     return false;
-  }
-  // A failure here has never stopped a set: subscribers are told of the change all the same.
-  if (!DurableFile::Replace(temporary, path)) {
-    PCRealDebug::Print(PCRealDebug::Error, "MultiDevice::setData: File '%s' could not be replaced.",
-                       path.c_str());
-    DurableFile::Remove(temporary);
   }
   Platform::Shell::Run("sync");
   return true;

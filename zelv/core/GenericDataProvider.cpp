@@ -3,15 +3,14 @@
 #include <stdexcept>
 #include <utility>
 
+#include "zelv/core/DocumentFile.h"
 #include "zelv/interfaces/InterfaceFactory.h"
-#include "zelv/platform/DurableFile.h"
 #include "zelv/platform/PCRealDebug.h"
 #include "zelv/platform/TraceScope.h"
 
 namespace Zelv {
 
 using Infrastructure::HierarchicalDB;
-using Platform::DurableFile;
 
 namespace {
 
@@ -75,21 +74,11 @@ int Core::GenericDataProvider::setData(std::string const& aXPath, std::string co
   return result;
 }
 
-/// Through a temporary file, so that the data file stays whole if the set goes down meanwhile.
 void Core::GenericDataProvider::save() {
-  std::string const temporary = mDataFileName + ".tmp";
-  if (mDatabase->saveToFile(temporary) != 0) {
+  if (!DocumentFile::save(*mDatabase, mDataFileName, "GenericDataProvider::setData")) {
     PCRealDebug::Print(PCRealDebug::Error,
                        "GenericDataProvider::setData: File save failed, data not comitted.");
-    DurableFile::Remove(temporary);
     throw std::runtime_error("File save failed!");
-  }
-  // A failure here has never stopped a set: subscribers are told of the change all the same.
-  if (!DurableFile::Replace(temporary, mDataFileName)) {
-    PCRealDebug::Print(PCRealDebug::Error,
-                       "GenericDataProvider::setData: File '%s' could not be replaced.",
-                       mDataFileName.c_str());
-    DurableFile::Remove(temporary);
   }
 }
 

@@ -3,12 +3,12 @@
 #include <list>
 #include <stdexcept>
 
+#include "zelv/core/DocumentFile.h"
 #include "zelv/infrastructure/MultiString.h"
 #include "zelv/infrastructure/XPathGate.h"
 #include "zelv/infrastructure/ZelvFileUtil.h"
 #include "zelv/interfaces/InterfaceFactory.h"
 #include "zelv/platform/Directories.h"
-#include "zelv/platform/DurableFile.h"
 #include "zelv/platform/PCRealDebug.h"
 #include "zelv/platform/TCAutoLock.h"
 #include "zelv/platform/TraceScope.h"
@@ -20,7 +20,6 @@ using Infrastructure::MultiString;
 using Infrastructure::XPathGate;
 using Infrastructure::ZelvFileUtil;
 using Platform::Directories;
-using Platform::DurableFile;
 
 namespace {
 
@@ -168,19 +167,7 @@ int Core::MultiAccount::addData(std::string const& aXPath, std::string const& aD
 
 /// Through a temporary file, so that the users stay whole if the set goes down meanwhile.
 bool Core::MultiAccount::save() {
-  std::string const path = fullPath();
-  std::string const temporary = path + ".tmp";
-  if (mUsers->saveToFile(temporary) != 0) {
-    DurableFile::Remove(temporary);
-    return false;
-  }
-  // A failure here has never stopped a set: subscribers are told of the change all the same.
-  if (!DurableFile::Replace(temporary, path)) {
-    PCRealDebug::Print(PCRealDebug::Error, "MultiAccount::save: File '%s' could not be replaced.",
-                       path.c_str());
-    DurableFile::Remove(temporary);
-  }
-  return true;
+  return DocumentFile::save(*mUsers, fullPath(), "MultiAccount::save");
 }
 
 int Core::MultiAccount::onSubscribe(std::string const&, GUID) {
