@@ -20,6 +20,7 @@
 #include <memory>
 #include <string>
 
+#include "bench/Loopback.h"
 #include "zelv/core/AssetConnectionListener.h"
 #include "zelv/core/AssetRequestHandler.h"
 #include "zelv/platform/Directories.h"
@@ -27,27 +28,11 @@
 
 namespace {
 
+using Zelv::Bench::boundSocket;
+using Zelv::Bench::freePort;
+using Zelv::Bench::loopback;
+
 constexpr int cPiece = 8192;
-
-sockaddr_in loopback(int aPort) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(static_cast<std::uint16_t>(aPort));
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  return address;
-}
-
-int boundSocket(int& aPort) {
-  int const bound = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address = loopback(0);
-  socklen_t length = sizeof address;
-  if (bind(bound, reinterpret_cast<sockaddr*>(&address), length) != 0 ||
-      getsockname(bound, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-    std::abort();
-  }
-  aPort = ntohs(address.sin_port);
-  return bound;
-}
 
 int connectedTo(int aPort) {
   sockaddr_in const address = loopback(aPort);
@@ -151,7 +136,7 @@ class BareServer {
   enum Way { Copy, Sendfile };
 
   BareServer(std::string aPath, Way aWay)
-      : mPath(std::move(aPath)), mWay(aWay), mSocket(boundSocket(mPort)) {
+      : mPath(std::move(aPath)), mWay(aWay), mSocket(boundSocket(SOCK_STREAM, mPort)) {
     listen(mSocket, 5);
     pthread_create(&mThread, nullptr, &BareServer::main, this);
   }
@@ -249,7 +234,7 @@ BENCHMARK(bareSendfile)->ArgName("KB")->Arg(16)->Arg(1024)->UseRealTime();
 class Nginx {
  public:
   Nginx() {
-    close(boundSocket(mPort));
+    mPort = freePort(SOCK_STREAM);
     std::string const& directory = Files::get().directory();
     std::ofstream(directory + "nginx.conf")
         << "daemon off; master_process off; worker_processes 1; pid " << directory

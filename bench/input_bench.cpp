@@ -17,6 +17,7 @@
 #include <thread>
 #include <utility>
 
+#include "bench/Loopback.h"
 #include "zelv/adapter/NetworkAdapter.h"
 #include "zelv/controller/UserController.h"
 #include "zelv/interfaces/ICoreUserCallback.h"
@@ -25,6 +26,9 @@
 namespace {
 
 using Zelv::Adapter::NetworkAdapter;
+using Zelv::Bench::boundSocket;
+using Zelv::Bench::freePort;
+using Zelv::Bench::loopback;
 using Zelv::Controller::UserController;
 using Zelv::Controller::UserInput;
 using Zelv::Infrastructure::GUID;
@@ -40,33 +44,6 @@ std::string const cDocument =
 std::string const cLine =
     "<Envelope><Header><MessageID>6ba7b810-9dad-11d1-80b4-00c04fd430c8</MessageID></Header><Body>" +
     cDocument + "</Body></Envelope>\n";
-
-sockaddr_in loopback(int aPort) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(static_cast<std::uint16_t>(aPort));
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  return address;
-}
-
-/// A datagram socket bound to a port of the kernel's choice.
-int boundSocket(int& aPort) {
-  int const bound = socket(AF_INET, SOCK_DGRAM, 0);
-  sockaddr_in address = loopback(0);
-  socklen_t length = sizeof address;
-  if (bind(bound, reinterpret_cast<sockaddr*>(&address), length) != 0 ||
-      getsockname(bound, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-    std::abort();
-  }
-  aPort = ntohs(address.sin_port);
-  return bound;
-}
-
-int freePort() {
-  int port = 0;
-  close(boundSocket(port));
-  return port;
-}
 
 class Arrivals {
  public:
@@ -97,7 +74,7 @@ void sendDatagrams(benchmark::State& aState, int aPort, Arrivals& aArrivals) {
 struct BareReader {
   Arrivals arrivals;
   int port = 0;
-  int socket = boundSocket(port);
+  int socket = boundSocket(SOCK_DGRAM, port);
 };
 
 void* readBare(void* aReader) {
@@ -177,7 +154,7 @@ void bareDatagramHandedOn(benchmark::State& aState) {
   Arrivals arrivals;
   BareWorker worker(arrivals);
   int port = 0;
-  int const reader = boundSocket(port);
+  int const reader = boundSocket(SOCK_DGRAM, port);
   std::thread thread([&] { readAndPost(reader, worker); });
   sendDatagrams(aState, port, arrivals);
   shutdown(reader, SHUT_RDWR);
@@ -218,7 +195,7 @@ class Input {
 
 void inputDatagram(benchmark::State& aState) {
   Input input;
-  int const port = freePort();
+  int const port = freePort(SOCK_DGRAM);
   URL const url("udp", "127.0.0.1", std::to_string(port), "");
   if (NetworkAdapter::getInstance()->registerService(url, &input.controller(), "") ==
       GUID::nullGUID) {

@@ -13,11 +13,15 @@
 #include <memory>
 #include <string>
 
+#include "bench/Loopback.h"
 #include "zelv/adapter/NetworkAdapter.h"
 
 namespace {
 
 using Zelv::Adapter::NetworkAdapter;
+using Zelv::Bench::boundSocket;
+using Zelv::Bench::freePort;
+using Zelv::Bench::loopback;
 using Zelv::Infrastructure::GUID;
 using Zelv::Infrastructure::URL;
 
@@ -26,33 +30,6 @@ constexpr int cBuffer = 4096;
 /// What the sender writes; the line end makes 600 bytes of it.
 std::string const cText(599, 'x');
 std::string const cLine = cText + "\n";
-
-sockaddr_in loopback(int aPort) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(static_cast<std::uint16_t>(aPort));
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  return address;
-}
-
-/// A socket bound to a port of the kernel's choice.
-int boundSocket(int aType, int& aPort) {
-  int const bound = socket(AF_INET, aType, 0);
-  sockaddr_in address = loopback(0);
-  socklen_t length = sizeof address;
-  if (bind(bound, reinterpret_cast<sockaddr*>(&address), length) != 0 ||
-      getsockname(bound, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-    std::abort();
-  }
-  aPort = ntohs(address.sin_port);
-  return bound;
-}
-
-int freePort(int aType) {
-  int port = 0;
-  close(boundSocket(aType, port));
-  return port;
-}
 
 /// The receiving side in its plainest form: a new thread for each connection, gone at its end.
 class BareListener {
